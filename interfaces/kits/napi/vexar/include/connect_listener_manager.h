@@ -1,0 +1,70 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#ifndef INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CONNECT_LISTENER_MANAGER_H
+#define INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CONNECT_LISTENER_MANAGER_H
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "car_connect_listener.h"
+#include "event_handler.h"
+#include "napi/native_api.h"
+#include "napi/native_node_api.h"
+#include "nlohmann/json.hpp"
+
+namespace OHOS {
+namespace TravelService {
+// Owns the script listeners of every session and moves service events onto the script main thread.
+class ConnectListenerManager : public std::enable_shared_from_this<ConnectListenerManager> {
+public:
+    ConnectListenerManager(napi_env env, napi_ref thisVarRef);
+    ~ConnectListenerManager();
+    ConnectListenerManager(const ConnectListenerManager &) = delete;
+    ConnectListenerManager &operator=(const ConnectListenerManager &) = delete;
+
+    // Script main thread.
+    void SubscribeListener(const std::string &key, napi_value listener);
+    void UnSubscribeListener();
+    void PublishEvent(const nlohmann::json &event);
+    // Any thread.
+    void QueueWork(const nlohmann::json &event);
+
+    napi_env GetEnv() const
+    {
+        return env_;
+    }
+    std::thread::id GetEnvThread() const
+    {
+        return envThread_;
+    }
+
+private:
+    napi_env env_ = nullptr;
+    napi_ref thisVarRef_ = nullptr;
+    std::map<std::string, std::shared_ptr<CarConnectListener>> listeners_;
+    std::recursive_mutex listenerMutex_;
+    std::mutex queueMutex_;
+    std::shared_ptr<OHOS::AppExecFwk::EventHandler> handler_;
+    // The thread of env_: the only one on which its script values may be touched.
+    std::thread::id envThread_;
+};
+} // namespace TravelService
+} // namespace OHOS
+
+#endif // INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CONNECT_LISTENER_MANAGER_H

@@ -1,0 +1,356 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "car_adapter_client.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "connect_listener_manager.h"
+#include "napi_base_utils.h"
+#include "permission_utils.h"
+#include "token_setproc.h"
+#include "tokenid_kit.h"
+#include "travel_vexar_object_client.h"
+#include "vexar_common_constants.h"
+#include "vexar_connect_constants.h"
+#include "vexar_log.h"
+#include "vexar_napi.h"
+
+namespace OHOS {
+namespace TravelService {
+namespace {
+constexpr int REGISTER_ATTEMPTS = 3;
+constexpr int REGISTER_RETRY_INTERVAL_MS = 50;
+constexpr size_t REGISTER_LISTENER_MAX_ARGC = 5;
+constexpr size_t REGISTER_LISTENER_ARGC = 2;
+
+using ManagerPtr = std::shared_ptr<ConnectListenerManager>;
+
+// The current manager is read by the car service's threads while a script thread replaces it, so every access
+// goes through this lock. The slot and the list of retired managers are never destroyed: service threads may
+// still queue events while the process runs its static destructors. A manager is destroyed only on the thread
+// of its own environment (it deletes script references there): one released on another thread waits in the
+// retired list until its environment is torn down.
+std::mutex g_listenerManagerMutex;
+ManagerPtr &listenerManager = *new ManagerPtr();
+std::vector<ManagerPtr> &retiredManagers = *new std::vector<ManagerPtr>();
+
+ManagerPtr CurrentListenerManager()
+{
+    std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
+    return listenerManager;
+}
+
+// Returns what must be destroyed by the caller, outside the lock, on the calling thread.
+ManagerPtr RetireIfForeign(ManagerPtr manager)
+{
+    if (manager != nullptr && manager->GetEnvThread() != std::this_thread::get_id()) {
+        retiredManagers.push_back(std::move(manager));
+        return nullptr;
+    }
+    return manager;
+}
+
+void ReplaceListenerManager(ManagerPtr manager)
+{
+    ManagerPtr previous;
+    {
+        std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
+        previous = RetireIfForeign(std::exchange(listenerManager, std::move(manager)));
+    }
+}
+
+void QueueToCurrentManager(const nlohmann::json &event)
+{
+    std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
+    if (listenerManager != nullptr) {
+        listenerManager->QueueWork(event);
+    }
+}
+
+// The manager of this call's environment, or null when the current one belongs to another script thread.
+ManagerPtr ListenerManagerOf(napi_env env)
+{
+    ManagerPtr manager = CurrentListenerManager();
+    if (manager == nullptr || manager->GetEnv() != env) {
+        LOGE("no listener manager in this environment");
+        return nullptr;
+    }
+    return manager;
+}
+} // namespace
+
+CarAdapterClient::HandlerFunc CarAdapterClient::handlers[NAPI_FUNC_MAX] = {
+    &CarAdapterClient::GetCarConnectAdapter,
+    &CarAdapterClient::RegisterConnectListener,
+    &CarAdapterClient::UnRegisterConnectListener,
+    &CarAdapterClient::StartBindTarget,
+    &CarAdapterClient::StopBindTarget,
+    &CarAdapterClient::SendControllData,
+    &CarAdapterClient::StartSurfaceTransfer,
+    &CarAdapterClient::StopSurfaceTransfer,
+    &CarAdapterClient::CastOperation,
+    &CarAdapterClient::Disconnect,
+    &CarAdapterClient::GetDeviceInfo,
+    &CarAdapterClient::SendEventTo,
+};
+
+CarAdapterClient::CarAdapterClient(napi_env env, napi_value thisVar)
+{
+    LOGI("CarAdapterClient");
+    napi_ref thisVarRef = nullptr;
+    napi_create_reference(env, thisVar, 1, &thisVarRef);
+    ReplaceListenerManager(std::make_shared<ConnectListenerManager>(env, thisVarRef));
+}
+
+CarAdapterClient::~CarAdapterClient()
+{
+    LOGI("~CarAdapterClient");
+}
+
+void CarAdapterClient::ReleaseListenerManager(napi_env env)
+{
+    std::vector<ManagerPtr> released;
+    {
+        std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
+        if (listenerManager != nullptr && listenerManager->GetEnv() == env) {
+            released.push_back(std::move(listenerManager));
+            listenerManager = nullptr;
+        }
+        auto ofEnv = std::stable_partition(retiredManagers.begin(), retiredManagers.end(),
+                                           [env](const ManagerPtr &manager) { return manager->GetEnv() != env; });
+        std::move(ofEnv, retiredManagers.end(), std::back_inserter(released));
+        retiredManagers.erase(ofEnv, retiredManagers.end());
+    }
+}
+
+napi_value CarAdapterClient::HandleCarAdapter(NapiFuncType type, napi_env env, napi_callback_info info)
+{
+    if (type > NAPI_FUNC_MAX) {
+        LOGE("code not in NAPI_FUNC");
+        return NapiGetNull(env);
+    }
+    if (!Security::AccessToken::TokenIdKit::IsSystemAppByFullTokenID(GetSelfTokenID())) {
+        LOGE("Permission denied, non-system app called system api.");
+        ThrowNapiError(env, NON_SYSTEM_APP_ERROR, ERROR_MESSAGES[NON_SYSTEM_APP_ERROR]);
+        return NapiGetNull(env);
+    }
+    if (!PermissionUtils::CheckSelfIsPermissible(ALLOW_CONNECT_CAR_PERMISSION)) {
+        LOGE("Permission denied, Interface caller does not have permission.");
+        ThrowNapiError(env, PERMISSION_DENIED_ERROR, ERROR_MESSAGES[PERMISSION_DENIED_ERROR]);
+        return NapiGetNull(env);
+    }
+    // NAPI_FUNC_MAX passes the range test but has no table slot.
+    if (type == NAPI_FUNC_MAX) {
+        return NapiGetNull(env);
+    }
+    HandlerFunc handler = handlers[type];
+    return (this->*handler)(env, info);
+}
+
+napi_value CarAdapterClient::GetCarConnectAdapter(napi_env env, napi_callback_info)
+{
+    napi_value result = nullptr;
+    napi_create_int32(env, 0, &result);
+    LOGI("CarAdapterClient GetCarConnectAdapter");
+    return result;
+}
+
+napi_value CarAdapterClient::RegisterConnectListener(napi_env env, napi_callback_info info)
+{
+    LOGI("CarAdapterClient RegisterConnectListener");
+    // The thread shares ownership of this client, which a newer adapter object may release meanwhile.
+    std::thread(&CarAdapterClient::InitCallback, shared_from_this()).detach();
+
+    size_t argc = REGISTER_LISTENER_MAX_ARGC;
+    napi_value argv[REGISTER_LISTENER_MAX_ARGC] = {nullptr};
+    if (napi_get_cb_info(env, info, &argc, argv, nullptr, nullptr) != napi_ok || argc != REGISTER_LISTENER_ARGC) {
+        LOGE("Error get cb info");
+        return nullptr;
+    }
+    if (GetType(env, argv[0]) != napi_string) {
+        LOGE("not napi_string param");
+        return nullptr;
+    }
+    std::string sessionName;
+    if (!GetString(env, argv[0], sessionName)) {
+        LOGE("Failed to get string sessionName");
+        return nullptr;
+    }
+    JSCarConnectListener jsListener{};
+    if (!ParseJSCarConnectListener(env, argv[1], jsListener)) {
+        LOGE("Failed to Parse JSCarConnectListener");
+        return nullptr;
+    }
+    ManagerPtr manager = ListenerManagerOf(env);
+    if (manager == nullptr) {
+        return nullptr;
+    }
+    manager->SubscribeListener(sessionName, argv[1]);
+    napi_value result = nullptr;
+    napi_create_int32(env, 0, &result);
+    return result;
+}
+
+napi_value CarAdapterClient::UnRegisterConnectListener(napi_env env, napi_callback_info)
+{
+    LOGI("CarAdapterClient UnRegisterConnectListener");
+    TravelVexarObjectClient::GetInstance()->UnRegisterCarConnectListener();
+    if (ManagerPtr manager = ListenerManagerOf(env)) {
+        manager->UnSubscribeListener();
+    }
+    napi_value result = nullptr;
+    napi_create_int32(env, 0, &result);
+    return result;
+}
+
+void CarAdapterClient::InitCallback()
+{
+    LOGI("InitCallback");
+    EventListener listener = {OnBindResult,
+                              OnDataReceive,
+                              OnDeviceStateChange,
+                              OnDeviceChange,
+                              OnDeviceServiceStateChange,
+                              OnSurfaceTransferOnEvent,
+                              OnDisconnectResult};
+    for (int attempt = 0; attempt < REGISTER_ATTEMPTS; ++attempt) {
+        if (TravelVexarObjectClient::GetInstance()->RegisterCarConnectListener(listener) == 0) {
+            LOGI("InitCallback success");
+            return;
+        }
+        // The last failure also announces a retry and sleeps before the thread ends.
+        LOGI("InitCallback failed, will retry after %{public}d milliseconds", REGISTER_RETRY_INTERVAL_MS);
+        std::this_thread::sleep_for(std::chrono::milliseconds(REGISTER_RETRY_INTERVAL_MS));
+    }
+}
+
+napi_value CarAdapterClient::StartBindTarget(napi_env env, napi_callback_info info)
+{
+    return NapiStartBindTarget(env, info);
+}
+
+napi_value CarAdapterClient::StopBindTarget(napi_env env, napi_callback_info info)
+{
+    return NapiStopBindTarget(env, info);
+}
+
+napi_value CarAdapterClient::SendControllData(napi_env env, napi_callback_info info)
+{
+    return NapiSendControllData(env, info);
+}
+
+napi_value CarAdapterClient::StartSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    return NapiStartSurfaceTransfer(env, info);
+}
+
+napi_value CarAdapterClient::StopSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    return NapiStopSurfaceTransfer(env, info);
+}
+
+napi_value CarAdapterClient::CastOperation(napi_env env, napi_callback_info info)
+{
+    return NapiCastOperation(env, info);
+}
+
+napi_value CarAdapterClient::Disconnect(napi_env env, napi_callback_info info)
+{
+    return NapiDisconnect(env, info);
+}
+
+napi_value CarAdapterClient::GetDeviceInfo(napi_env env, napi_callback_info info)
+{
+    return NapiGetDeviceInfo(env, info);
+}
+
+napi_value CarAdapterClient::SendEventTo(napi_env env, napi_callback_info info)
+{
+    return NapiSendEventTo(env, info);
+}
+
+void CarAdapterClient::OnBindResult(std::string deviceId, int result, int status, std::string content)
+{
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = BIND_RESULT_EVENT;
+    event["deviceId"] = deviceId;
+    event["result"] = result;
+    event["status"] = status;
+    event["content"] = content;
+    QueueToCurrentManager(event);
+}
+
+void CarAdapterClient::OnDataReceive(int type, std::string data)
+{
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = DATA_RECEIVE_EVENT;
+    event["type"] = type;
+    event["data"] = data;
+    QueueToCurrentManager(event);
+}
+
+void CarAdapterClient::OnDeviceStateChange(int state, std::string deviceInfo)
+{
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = DEVICE_STATE_CHANGE_EVENT;
+    event["state"] = state;
+    event["deviceInfo"] = deviceInfo;
+    QueueToCurrentManager(event);
+}
+
+void CarAdapterClient::OnDeviceChange(int state)
+{
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = DEVICE_CHANGE_EVENT;
+    event["state"] = state;
+    QueueToCurrentManager(event);
+}
+
+void CarAdapterClient::OnDeviceServiceStateChange(std::string serviceId, int state, int serviceType)
+{
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = DEVICE_SERVICE_STATE_CHANGE_EVENT;
+    event["serviceId"] = serviceId;
+    event["state"] = state;
+    event["serviceType"] = serviceType;
+    QueueToCurrentManager(event);
+}
+
+void CarAdapterClient::OnSurfaceTransferOnEvent(int code, int eventId, std::string category)
+{
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = SURFACE_TRANSFER_EVENT;
+    event["code"] = code;
+    event["eventId"] = eventId;
+    event["category"] = category;
+    QueueToCurrentManager(event);
+}
+
+void CarAdapterClient::OnDisconnectResult(int result)
+{
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = DISCONNECT_RESULT_EVENT;
+    event["result"] = result;
+    QueueToCurrentManager(event);
+}
+} // namespace TravelService
+} // namespace OHOS

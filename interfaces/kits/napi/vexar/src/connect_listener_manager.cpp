@@ -1,0 +1,117 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "connect_listener_manager.h"
+
+#include "vexar_common_constants.h"
+#include "vexar_connect_constants.h"
+#include "vexar_log.h"
+
+namespace OHOS {
+namespace TravelService {
+namespace {
+// Value 3 of the platform's priority scale (LOW on current releases).
+constexpr auto DELIVERY_PRIORITY = static_cast<AppExecFwk::EventQueue::Priority>(3);
+constexpr int64_t DELIVERY_DELAY_MS = 0;
+} // namespace
+
+ConnectListenerManager::ConnectListenerManager(napi_env env, napi_ref thisVarRef)
+    : env_(env), thisVarRef_(thisVarRef), envThread_(std::this_thread::get_id())
+{
+    LOGI("ConnectListenerManager constructor");
+    handler_ = std::make_shared<AppExecFwk::EventHandler>(AppExecFwk::EventRunner::GetMainEventRunner());
+}
+
+ConnectListenerManager::~ConnectListenerManager()
+{
+    LOGI("ConnectListenerManager destructor");
+    if (thisVarRef_ != nullptr) {
+        napi_delete_reference(env_, thisVarRef_);
+        thisVarRef_ = nullptr;
+    }
+}
+
+void ConnectListenerManager::SubscribeListener(const std::string &key, napi_value listener)
+{
+    LOGI("ConnectListenerManager subscribeListener");
+    std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
+    if (listeners_.find(key) != listeners_.end()) {
+        LOGI("CarConnectListener has been sub");
+        return;
+    }
+    listeners_.emplace(key, std::make_shared<CarConnectListener>(env_, listener));
+    LOGI("register ConnectListener success");
+}
+
+void ConnectListenerManager::UnSubscribeListener()
+{
+    LOGI("ConnectListenerManager UnSubscribeListener");
+    std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
+    listeners_.clear();
+}
+
+void ConnectListenerManager::QueueWork(const nlohmann::json &event)
+{
+    std::lock_guard<std::mutex> lock(queueMutex_);
+    LOGI("ConnectListenerManager QueueWork");
+    nlohmann::json eventCopy = event;
+    if (handler_ == nullptr) {
+        LOGE("handler is nullptr.");
+        return;
+    }
+    // The task holds the manager weakly: a manager replaced before its tasks run is never reached. It is
+    // locked only on the thread of its environment, so that the last owner is never another thread.
+    std::weak_ptr<ConnectListenerManager> weakManager = weak_from_this();
+    std::thread::id envThread = envThread_;
+    auto task = [weakManager, envThread, eventCopy]() {
+        if (std::this_thread::get_id() != envThread) {
+            return;
+        }
+        if (auto manager = weakManager.lock()) {
+            manager->PublishEvent(eventCopy);
+        }
+    };
+    auto innerEvent = AppExecFwk::InnerEvent::Get(task, "");
+    handler_->SendEvent(innerEvent, DELIVERY_DELAY_MS, DELIVERY_PRIORITY);
+}
+
+void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
+{
+    LOGI("ConnectListenerManager PublishEvent");
+    napi_handle_scope scope = nullptr;
+    if (napi_open_handle_scope(env_, &scope) != napi_ok) {
+        LOGE("Error open_handle_scope");
+        return;
+    }
+    napi_value thisVar = nullptr;
+    if (napi_get_reference_value(env_, thisVarRef_, &thisVar) != napi_ok) {
+        LOGE("Error get_reference");
+        napi_close_handle_scope(env_, scope);
+        return;
+    }
+    std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
+    // A listener may subscribe or unsubscribe from inside its call: the next session is looked up again after
+    // each call instead of keeping an iterator, and each listener is held for the length of its own call.
+    auto entry = listeners_.begin();
+    while (entry != listeners_.end()) {
+        std::string sessionName = entry->first;
+        std::shared_ptr<CarConnectListener> listener = entry->second;
+        listener->NotifyEvent(thisVar, event);
+        entry = listeners_.upper_bound(sessionName);
+    }
+    napi_close_handle_scope(env_, scope);
+}
+} // namespace TravelService
+} // namespace OHOS
