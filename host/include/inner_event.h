@@ -1,0 +1,80 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#ifndef HOST_INCLUDE_INNER_EVENT_H
+#define HOST_INCLUDE_INNER_EVENT_H
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "nocopyable.h"
+
+namespace OHOS {
+namespace AppExecFwk {
+class EventHandler;
+
+// Where an event was made. As a defaulted argument it records the call site of the function that takes it.
+struct Caller {
+    std::string file_;
+    int line_;
+    std::string func_;
+
+    Caller(std::string file = __builtin_FILE(), int line = __builtin_LINE(), std::string func = __builtin_FUNCTION())
+        : file_(std::move(file)), line_(line), func_(std::move(func))
+    {
+    }
+};
+
+class InnerEvent final {
+public:
+    using Clock = std::chrono::steady_clock;
+    using TimePoint = std::chrono::time_point<Clock>;
+    using Callback = std::function<void()>;
+    using Pointer = std::unique_ptr<InnerEvent, void (*)(InnerEvent *)>;
+
+    // A task event; null if `callback` is empty.
+    static Pointer Get(const Callback &callback, const std::string &name = std::string(), const Caller &caller = {});
+
+    bool HasTask() const;
+    const Callback &GetTaskCallback() const;
+    const std::string &GetTaskName() const;
+    const Caller &GetCaller() const;
+
+    // The handler that sent the event, held weakly: null once that handler is gone.
+    std::shared_ptr<EventHandler> GetOwner() const;
+    void SetOwner(const std::shared_ptr<EventHandler> &owner);
+
+    const TimePoint &GetHandleTime() const;
+    void SetHandleTime(const TimePoint &handleTime);
+
+private:
+    InnerEvent(const Callback &callback, const std::string &name, const Caller &caller);
+    ~InnerEvent() = default;
+    DISALLOW_COPY_AND_MOVE(InnerEvent);
+
+    static void Drop(InnerEvent *event);
+
+    Callback taskCallback_;
+    std::string taskName_;
+    Caller caller_;
+    std::weak_ptr<EventHandler> owner_;
+    TimePoint handleTime_;
+};
+} // namespace AppExecFwk
+} // namespace OHOS
+
+#endif // HOST_INCLUDE_INNER_EVENT_H

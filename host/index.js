@@ -1,0 +1,145 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+'use strict';
+
+// Script surface of the host platform: loads native modules the way the platform loader does and controls the
+// stand-ins of the platform services (caller identity, HiLog, the simulated car service, the main event runner
+// and the IPC broker registry).
+
+const fs = require('fs');
+const path = require('path');
+const { isMainThread } = require('worker_threads');
+
+const moduleRoot = path.resolve(process.env.OHOS_HOST_ROOT || path.join(__dirname, '..', 'build', 'root'));
+const libDir = path.join(moduleRoot, 'lib');
+const WAIT_POLL_MS = 5;
+
+function dlopen(file) {
+  const loaded = { exports: {} };
+  process.dlopen(loaded, file);
+  return loaded.exports;
+}
+
+const native = dlopen(path.join(libDir, 'host_platform.node'));
+// The main event runner runs its tasks on the main thread only; worker threads never attach it.
+if (isMainThread) {
+  native.attachMainRunner();
+}
+
+const loadedModules = new Map();
+
+// "carService.rovanta" -> <moduleRoot>/lib/module/carservice/librovanta.z.so
+function modulePath(name) {
+  if (typeof name !== 'string' || name === '') {
+    throw new TypeError('module name must be a non-empty string');
+  }
+  const segments = name.toLowerCase().split('.');
+  const base = segments.pop();
+  return path.join(libDir, 'module', ...segments, `lib${base}.z.so`);
+}
+
+// The library registers itself with napi_module_register when it is loaded; its exports are cached by path.
+function requireNapi(name) {
+  const file = modulePath(name);
+  if (!loadedModules.has(file)) {
+    if (!fs.existsSync(file)) {
+      throw new Error(`no native module ${name}: ${file} does not exist`);
+    }
+    loadedModules.set(file, dlopen(file));
+  }
+  return loadedModules.get(file);
+}
+
+function waitForCalls(member, n, timeoutMs = 2000) {
+  return new Promise((resolve, reject) => {
+    const deadline = Date.now() + timeoutMs;
+    const poll = () => {
+      const seen = native.carCallCount(member);
+      if (seen >= n) {
+        resolve(native.carCalls().filter((call) => call.member === member));
+      } else if (Date.now() >= deadline) {
+        reject(new Error(`waited ${timeoutMs} ms for ${n} call(s) of ${member}, saw ${seen}`));
+      } else {
+        setTimeout(poll, WAIT_POLL_MS);
+      }
+    };
+    try {
+      poll();
+    } catch (error) {
+      reject(error);
+    }
+  });
+}
+
+module.exports = {
+  moduleRoot,
+  requireNapi,
+
+  identity: {
+    // { systemApp, tokenId }
+    get: () => native.identityGet(),
+    // Both fields optional; tokenId a whole number below 2^32.
+    set: (identity) => native.identitySet(identity),
+    // System application, token id 0x10001, "ohos.permission.ALLOW_CONNECT_CAR" only; VerifyAccessToken count 0.
+    reset: () => native.identityReset(),
+  },
+
+  permissions: {
+    grant: (name) => native.permissionGrant(name),
+    revoke: (name) => native.permissionRevoke(name),
+    list: () => native.permissionList(),
+    // Calls of AccessTokenKit::VerifyAccessToken since start or the last identity.reset().
+    verifyCount: () => native.verifyAccessTokenCalls(),
+  },
+
+  hilog: {
+    // [{ type, level, domain, tag, format, args, text }]
+    lines: () => native.hilogLines(),
+    clear: () => native.hilogClear(),
+    setCapacity: (n) => native.hilogSetCapacity(n),
+    capacity: () => native.hilogCapacity(),
+    dropped: () => native.hilogDropped(),
+  },
+
+  carService: {
+    reset: () => native.carReset(),
+    setResult: (member, code) => native.carSetResult(member, code),
+    failRegistrations: (n) => native.carFailRegistrations(n),
+    setDeviceInfo: (text) => native.carSetDeviceInfo(text),
+    setDelay: (member, ms) => native.carSetDelay(member, ms),
+    // [{ member, args }]
+    calls: () => native.carCalls(),
+    clearCalls: () => native.carClearCalls(),
+    callCount: (member) => native.carCallCount(member),
+    // Resolves with the calls of member so far.
+    waitForCalls,
+    isRegistered: () => native.carIsRegistered(),
+    // callback: C++ name ("OnBindResult" ...) or slot 0..6. Integer parameters take JS numbers converted like
+    // ToInt32 (4294967297 -> 1); string parameters take strings only.
+    emit: (callback, ...args) => native.carEmit(callback, args),
+    emitMany: ({ callback, args = [], count = 1, threads = 1 }) => native.carEmitMany(callback, args, count, threads),
+  },
+
+  mainRunner: {
+    // Resolves once every task posted before the call has run (or been dropped because its handler is gone).
+    // Rejects outside the main thread, where the runner is not attached.
+    whenIdle: () => native.mainRunnerWhenIdle(),
+  },
+
+  broker: {
+    descriptors: () => native.brokerDescriptors(),
+  },
+};

@@ -1,0 +1,163 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include <atomic>
+#include <mutex>
+#include <set>
+
+#include "accesstoken_kit.h"
+#include "ipc_skeleton.h"
+#include "ohos_host/host_control.h"
+#include "token_setproc.h"
+#include "tokenid_kit.h"
+
+namespace OHOS {
+namespace Host {
+namespace {
+constexpr uint64_t SYSTEM_APP_FLAG = 1ULL << 32;
+constexpr uint32_t DEFAULT_TOKEN_ID = 0x10001;
+const char *const DEFAULT_PERMISSION = "ohos.permission.ALLOW_CONNECT_CAR";
+
+class AccessTokenState {
+public:
+    static AccessTokenState &Get()
+    {
+        static AccessTokenState *state = new AccessTokenState();
+        return *state;
+    }
+
+    uint64_t FullTokenId() const
+    {
+        return fullTokenId_.load();
+    }
+
+    void SetFullTokenId(uint64_t fullTokenId)
+    {
+        fullTokenId_.store(fullTokenId);
+    }
+
+    void Reset()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        fullTokenId_.store(SYSTEM_APP_FLAG | DEFAULT_TOKEN_ID);
+        permissions_ = {DEFAULT_PERMISSION};
+        verifyCalls_.store(0);
+    }
+
+    void Grant(const std::string &name)
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        permissions_.insert(name);
+    }
+
+    void Revoke(const std::string &name)
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        permissions_.erase(name);
+    }
+
+    std::vector<std::string> Permissions()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return {permissions_.begin(), permissions_.end()};
+    }
+
+    int Verify(Security::AccessToken::AccessTokenID tokenId, const std::string &permission)
+    {
+        verifyCalls_.fetch_add(1);
+        std::lock_guard<std::mutex> lock(mutex_);
+        bool granted = tokenId != Security::AccessToken::INVALID_TOKENID && permissions_.count(permission) != 0;
+        return granted ? Security::AccessToken::PERMISSION_GRANTED : Security::AccessToken::PERMISSION_DENIED;
+    }
+
+    uint64_t VerifyCalls() const
+    {
+        return verifyCalls_.load();
+    }
+
+private:
+    AccessTokenState()
+    {
+        Reset();
+    }
+
+    std::atomic<uint64_t> fullTokenId_{0};
+    std::atomic<uint64_t> verifyCalls_{0};
+    std::mutex mutex_;
+    std::set<std::string> permissions_;
+};
+} // namespace
+
+Identity GetIdentity()
+{
+    uint64_t fullTokenId = AccessTokenState::Get().FullTokenId();
+    return {(fullTokenId & SYSTEM_APP_FLAG) != 0, static_cast<uint32_t>(fullTokenId)};
+}
+
+void SetIdentity(const Identity &identity)
+{
+    AccessTokenState::Get().SetFullTokenId((identity.systemApp ? SYSTEM_APP_FLAG : 0) | identity.tokenId);
+}
+
+void ResetIdentity()
+{
+    AccessTokenState::Get().Reset();
+}
+
+void GrantPermission(const std::string &name)
+{
+    AccessTokenState::Get().Grant(name);
+}
+
+void RevokePermission(const std::string &name)
+{
+    AccessTokenState::Get().Revoke(name);
+}
+
+std::vector<std::string> ListPermissions()
+{
+    return AccessTokenState::Get().Permissions();
+}
+
+uint64_t VerifyAccessTokenCalls()
+{
+    return AccessTokenState::Get().VerifyCalls();
+}
+} // namespace Host
+
+uint64_t IPCSkeleton::GetSelfTokenID()
+{
+    return Host::AccessTokenState::Get().FullTokenId();
+}
+
+namespace Security {
+namespace AccessToken {
+int AccessTokenKit::VerifyAccessToken(AccessTokenID tokenID, const std::string &permissionName)
+{
+    return Host::AccessTokenState::Get().Verify(tokenID, permissionName);
+}
+
+bool TokenIdKit::IsSystemAppByFullTokenID(uint64_t tokenId)
+{
+    return (tokenId & Host::SYSTEM_APP_FLAG) != 0;
+}
+} // namespace AccessToken
+} // namespace Security
+} // namespace OHOS
+
+extern "C" uint64_t GetSelfTokenID(void)
+{
+    return OHOS::IPCSkeleton::GetSelfTokenID();
+}

@@ -1,0 +1,170 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include <memory>
+#include <vector>
+
+#include "bindings.h"
+#include "napi_support.h"
+#include "ohos_host/host_control.h"
+
+namespace OHOS {
+namespace Host {
+namespace Addon {
+namespace {
+// Runs the main event runner on the thread of the script environment that attached it, through a thread-safe
+// function that the runner wakes. The wake-up is unreferenced, so that an idle runner never keeps the process
+// alive, except while a whenIdle() promise waits. Used only on that thread.
+class MainRunnerBinding {
+public:
+    static napi_value Attach(const CallArgs &args);
+    static napi_value WhenIdle(const CallArgs &args);
+
+private:
+    struct IdleWaiter {
+        uint64_t lastSequence;
+        napi_deferred deferred;
+    };
+
+    static MainRunnerBinding *Current(napi_env env);
+    static void Drain(napi_env env, napi_value jsCallback, void *context, void *data);
+    static void Teardown(void *arg);
+    static void Finalize(napi_env env, void *data, void *hint);
+
+    void SettleIdleWaiters(napi_env env);
+    void KeepProcessAlive(napi_env env, bool alive);
+
+    napi_threadsafe_function wakeup_ = nullptr;
+    std::vector<IdleWaiter> idleWaiters_;
+    bool referenced_ = false;
+};
+
+MainRunnerBinding *MainRunnerBinding::Current(napi_env env)
+{
+    void *data = nullptr;
+    Check(env, napi_get_instance_data(env, &data));
+    return static_cast<MainRunnerBinding *>(data);
+}
+
+napi_value MainRunnerBinding::Attach(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    if (Current(env) != nullptr) {
+        return Undefined(env);
+    }
+    auto binding = std::make_unique<MainRunnerBinding>();
+    napi_value name = MakeString(env, "main event runner");
+    Check(env, napi_create_threadsafe_function(env, nullptr, nullptr, name, 0, 1, binding.get(), Finalize,
+                                               binding.get(), Drain, &binding->wakeup_));
+    // From here on the thread-safe function owns the binding and deletes it in Finalize.
+    MainRunnerBinding *attached = binding.release();
+    napi_threadsafe_function wakeup = attached->wakeup_;
+    Check(env, napi_unref_threadsafe_function(env, wakeup));
+    if (!AttachMainRunner([wakeup] { napi_call_threadsafe_function(wakeup, nullptr, napi_tsfn_nonblocking); })) {
+        napi_release_threadsafe_function(wakeup, napi_tsfn_abort);
+        throw JsError("the main event runner is attached to another environment or has been shut down");
+    }
+    Check(env, napi_add_env_cleanup_hook(env, Teardown, attached));
+    Check(env, napi_set_instance_data(env, attached, nullptr, nullptr));
+    return Undefined(env);
+}
+
+napi_value MainRunnerBinding::WhenIdle(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    napi_deferred deferred = nullptr;
+    napi_value promise = nullptr;
+    Check(env, napi_create_promise(env, &deferred, &promise));
+    MainRunnerBinding *binding = Current(env);
+    if (binding == nullptr) {
+        Check(env, napi_reject_deferred(env, deferred,
+                                        MakeError(env, "the main event runner is not attached to this thread")));
+        return promise;
+    }
+    uint64_t lastSequence = MainRunnerLastSequence();
+    if (!MainRunnerHasPendingThrough(lastSequence)) {
+        Check(env, napi_resolve_deferred(env, deferred, Undefined(env)));
+        return promise;
+    }
+    binding->idleWaiters_.push_back({lastSequence, deferred});
+    binding->KeepProcessAlive(env, true);
+    return promise;
+}
+
+// Items left at teardown arrive with a null env and are ignored.
+void MainRunnerBinding::Drain(napi_env env, napi_value, void *context, void *)
+{
+    if (env == nullptr) {
+        return;
+    }
+    RunDueMainTasks([env](const std::function<void()> &task) {
+        napi_handle_scope scope = nullptr;
+        napi_open_handle_scope(env, &scope);
+        task();
+        napi_close_handle_scope(env, scope);
+    });
+    static_cast<MainRunnerBinding *>(context)->SettleIdleWaiters(env);
+}
+
+// Environment cleanup: stop the runner before the thread-safe function goes, so nothing calls it afterwards.
+void MainRunnerBinding::Teardown(void *arg)
+{
+    DetachMainRunner();
+    napi_release_threadsafe_function(static_cast<MainRunnerBinding *>(arg)->wakeup_, napi_tsfn_abort);
+}
+
+void MainRunnerBinding::Finalize(napi_env, void *data, void *)
+{
+    delete static_cast<MainRunnerBinding *>(data);
+}
+
+void MainRunnerBinding::SettleIdleWaiters(napi_env env)
+{
+    napi_value undefined = nullptr;
+    napi_get_undefined(env, &undefined);
+    std::vector<IdleWaiter> waiting;
+    for (const IdleWaiter &waiter : idleWaiters_) {
+        if (MainRunnerHasPendingThrough(waiter.lastSequence)) {
+            waiting.push_back(waiter);
+        } else {
+            napi_resolve_deferred(env, waiter.deferred, undefined);
+        }
+    }
+    idleWaiters_ = std::move(waiting);
+    KeepProcessAlive(env, !idleWaiters_.empty());
+}
+
+void MainRunnerBinding::KeepProcessAlive(napi_env env, bool alive)
+{
+    if (alive == referenced_) {
+        return;
+    }
+    if (alive) {
+        napi_ref_threadsafe_function(env, wakeup_);
+    } else {
+        napi_unref_threadsafe_function(env, wakeup_);
+    }
+    referenced_ = alive;
+}
+} // namespace
+
+void DefineMainRunnerFunctions(napi_env env, napi_value exports)
+{
+    DefineFunction(env, exports, "attachMainRunner", Export<MainRunnerBinding::Attach>);
+    DefineFunction(env, exports, "mainRunnerWhenIdle", Export<MainRunnerBinding::WhenIdle>);
+}
+} // namespace Addon
+} // namespace Host
+} // namespace OHOS

@@ -1,0 +1,78 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "inner_event.h"
+
+namespace OHOS {
+namespace AppExecFwk {
+InnerEvent::InnerEvent(const Callback &callback, const std::string &name, const Caller &caller)
+    : taskCallback_(callback), taskName_(name), caller_(caller)
+{
+}
+
+InnerEvent::Pointer InnerEvent::Get(const Callback &callback, const std::string &name, const Caller &caller)
+{
+    if (!callback) {
+        return Pointer(nullptr, nullptr);
+    }
+    return Pointer(new InnerEvent(callback, name, caller), Drop);
+}
+
+void InnerEvent::Drop(InnerEvent *event)
+{
+    delete event;
+}
+
+bool InnerEvent::HasTask() const
+{
+    return static_cast<bool>(taskCallback_);
+}
+
+const InnerEvent::Callback &InnerEvent::GetTaskCallback() const
+{
+    return taskCallback_;
+}
+
+const std::string &InnerEvent::GetTaskName() const
+{
+    return taskName_;
+}
+
+const Caller &InnerEvent::GetCaller() const
+{
+    return caller_;
+}
+
+std::shared_ptr<EventHandler> InnerEvent::GetOwner() const
+{
+    return owner_.lock();
+}
+
+void InnerEvent::SetOwner(const std::shared_ptr<EventHandler> &owner)
+{
+    owner_ = owner;
+}
+
+const InnerEvent::TimePoint &InnerEvent::GetHandleTime() const
+{
+    return handleTime_;
+}
+
+void InnerEvent::SetHandleTime(const TimePoint &handleTime)
+{
+    handleTime_ = handleTime;
+}
+} // namespace AppExecFwk
+} // namespace OHOS

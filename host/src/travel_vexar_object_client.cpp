@@ -1,0 +1,128 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+#include "travel_vexar_object_client.h"
+
+#include <map>
+
+#include "car_service_state.h"
+
+namespace OHOS {
+namespace TravelService {
+namespace {
+using Host::CarService::CallArg;
+using Host::CarService::Member;
+using Host::CarService::ServiceState;
+
+std::map<std::string, std::string> CopyMap(const std::unordered_map<std::string, std::string> &map)
+{
+    return {map.begin(), map.end()};
+}
+
+int Serve(Member member, std::vector<CallArg> args = {}, const ServiceState::Settle &settle = nullptr)
+{
+    return ServiceState::Get().Serve(member, std::move(args), settle);
+}
+} // namespace
+
+TravelVexarObjectProxy::TravelVexarObjectProxy(const sptr<IRemoteObject> &impl) : IRemoteProxy<ITravelVexarObject>(impl)
+{
+}
+
+TravelVexarObjectProxy::~TravelVexarObjectProxy() = default;
+
+sptr<TravelVexarObjectClient> TravelVexarObjectClient::GetInstance()
+{
+    // Never destroyed: service threads may still use the client while the process exits.
+    static const sptr<TravelVexarObjectClient> *instance =
+        new sptr<TravelVexarObjectClient>(new TravelVexarObjectClient());
+    return *instance;
+}
+
+// A registration that fails, through FailRegistrations or a non-zero result, keeps nothing.
+int TravelVexarObjectClient::RegisterCarConnectListener(const EventListener &listener)
+{
+    return Serve(Member::REGISTER_CAR_CONNECT_LISTENER, {}, [&listener](ServiceState &state, int result) {
+        if (state.TakeRegistrationFailureLocked()) {
+            return -1;
+        }
+        if (result == 0) {
+            state.RegisterLocked(listener);
+        }
+        return result;
+    });
+}
+
+// An unregistration with a non-zero result keeps the listener.
+int TravelVexarObjectClient::UnRegisterCarConnectListener()
+{
+    return Serve(Member::UNREGISTER_CAR_CONNECT_LISTENER, {}, [](ServiceState &state, int result) {
+        if (result == 0) {
+            state.UnregisterLocked();
+        }
+        return result;
+    });
+}
+
+int TravelVexarObjectClient::StartBindTarget(int bindType, std::unordered_map<std::string, std::string> &deviceInfo)
+{
+    return Serve(Member::START_BIND_TARGET, {int64_t{bindType}, CopyMap(deviceInfo)});
+}
+
+int TravelVexarObjectClient::StopBindTarget(int bindType)
+{
+    return Serve(Member::STOP_BIND_TARGET, {int64_t{bindType}});
+}
+
+int TravelVexarObjectClient::SendControlData(int dataType, std::string &data)
+{
+    return Serve(Member::SEND_CONTROL_DATA, {int64_t{dataType}, data});
+}
+
+int TravelVexarObjectClient::StartSurfaceTransfer(const std::unordered_map<std::string, std::string> &surfaceInfo)
+{
+    return Serve(Member::START_SURFACE_TRANSFER, {CopyMap(surfaceInfo)});
+}
+
+int TravelVexarObjectClient::StopSurfaceTransfer()
+{
+    return Serve(Member::STOP_SURFACE_TRANSFER);
+}
+
+int TravelVexarObjectClient::CastOperation(int operation)
+{
+    return Serve(Member::CAST_OPERATION, {int64_t{operation}});
+}
+
+int TravelVexarObjectClient::DisconnectDevice()
+{
+    return Serve(Member::DISCONNECT_DEVICE);
+}
+
+// The device information is written whatever the result.
+int TravelVexarObjectClient::GetDeviceInfo(DeviceInfoType type, std::string &deviceInfo)
+{
+    return Serve(Member::GET_DEVICE_INFO, {static_cast<int64_t>(type)}, [&deviceInfo](ServiceState &state, int result) {
+        deviceInfo = state.DeviceInfoLocked();
+        return result;
+    });
+}
+
+int TravelVexarObjectClient::SendEventTo(const EventType &eventType, std::string &data)
+{
+    return Serve(Member::SEND_EVENT_TO, {static_cast<int64_t>(eventType), data});
+}
+} // namespace TravelService
+} // namespace OHOS
