@@ -1,0 +1,325 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+'use strict';
+
+const test = require('node:test');
+const assert = require('node:assert/strict');
+const { host, rovanta, LEVEL, resetHost, texts, moduleLines, validListener, delay } = require('./support/rovanta');
+
+const LISTENER_FUNCTIONS = [
+  'onBindResult',
+  'onDataReceive',
+  'onDeviceStateChange',
+  'onDeviceChange',
+  'onDeviceServiceStateChange',
+  'onSurfaceTransferOnEvent',
+  'onDisconnectResult',
+];
+
+// A listener whose seven functions record every call with its receiver, in one shared journal.
+function recordingListener(journal, session = '') {
+  const listener = {};
+  for (const name of LISTENER_FUNCTIONS) {
+    listener[name] = function record(...args) {
+      journal.push({ session, name, self: this, args });
+    };
+  }
+  return listener;
+}
+
+async function until(condition, what, timeoutMs = 2000) {
+  const deadline = Date.now() + timeoutMs;
+  while (!condition()) {
+    if (Date.now() > deadline) throw new Error(`timed out waiting for ${what}`);
+    await delay(2);
+  }
+}
+
+function registrationCalls() {
+  return host.carService.calls().filter((call) => call.member === 'RegisterCarConnectListener').length;
+}
+
+// Registers and waits until the car service holds the callback record.
+async function register(adapter, session, listener) {
+  const result = adapter.registerConnectListener(session, listener);
+  await until(() => host.carService.isRegistered(), 'the callback record');
+  return result;
+}
+
+async function emitAndDeliver(callback, ...args) {
+  host.carService.emit(callback, ...args);
+  await host.mainRunner.whenIdle();
+}
+
+let adapter;
+test.beforeEach(async () => {
+  resetHost();
+  adapter = rovanta.getCarConnectAdapter();
+  host.hilog.clear();
+});
+
+test.describe('delivery of the seven events', () => {
+  test('each service callback calls its listener function with its arguments and the adapter as this', async () => {
+    const journal = [];
+    assert.equal(await register(adapter, 'main', recordingListener(journal)), 0);
+
+    await emitAndDeliver('OnBindResult', 'dev1', -1, 2, '');
+    await emitAndDeliver('OnDataReceive', 7, '{"nested":true}');
+    await emitAndDeliver('OnDeviceStateChange', 1, 'info');
+    await emitAndDeliver(3, 1);
+    await emitAndDeliver('OnDeviceServiceStateChange', 'svc', 2, 9);
+    await emitAndDeliver('OnSurfaceTransferOnEvent', 5, 9, 'cast');
+    await emitAndDeliver('OnDisconnectResult', 0);
+
+    assert.deepEqual(
+      journal.map(({ name, args }) => [name, args]),
+      [
+        ['onBindResult', ['dev1', -1, 2, '']],
+        ['onDataReceive', [7, '{"nested":true}']],
+        ['onDeviceStateChange', [1, 'info']],
+        ['onDeviceChange', [1]],
+        ['onDeviceServiceStateChange', ['svc', 2, 9]],
+        ['onSurfaceTransferOnEvent', [5, 9, 'cast']],
+        ['onDisconnectResult', [0]],
+      ],
+    );
+    assert.ok(journal.every((entry) => entry.self === adapter));
+  });
+
+  test('delivery runs on the main thread after the service thread returned, and logs each step', async () => {
+    const journal = [];
+    await register(adapter, 'main', recordingListener(journal));
+    host.hilog.clear();
+    host.carService.emit('OnDeviceServiceStateChange', 'svc', 1, 2);
+    assert.equal(journal.length, 0, 'nothing runs on the service thread');
+    await host.mainRunner.whenIdle();
+    assert.equal(journal.length, 1);
+    assert.deepEqual(texts(), [
+      'QueueWork# ConnectListenerManager QueueWork',
+      'PublishEvent# ConnectListenerManager PublishEvent',
+      'NotifyEvent# CarConnectListener NotifyEvent.',
+      'OnDeviceServiceStateChange# CarConnectListener OnDeviceServiceStateChange.',
+    ]);
+  });
+
+  test('optional functions may be missing: such an event ends with the call failure line only', async () => {
+    const calls = [];
+    await register(adapter, 'main', validListener({ onDeviceChange: (state) => calls.push(state) }));
+    host.hilog.clear();
+    await emitAndDeliver('OnDisconnectResult', 3);
+    await emitAndDeliver('OnSurfaceTransferOnEvent', 1, 2, 'x');
+    await emitAndDeliver('OnDeviceChange', 4);
+    assert.deepEqual(calls, [4]);
+    assert.deepEqual(texts(LEVEL.ERROR), [
+      'NotifyEvent# NotifyEvent error, napi_call_function fail.',
+      'NotifyEvent# NotifyEvent error, napi_call_function fail.',
+    ]);
+  });
+
+  test('functions are looked up at each event, so a listener may gain or replace them later', async () => {
+    const listener = validListener();
+    await register(adapter, 'main', listener);
+    const seen = [];
+    listener.onDisconnectResult = (result) => seen.push(['first', result]);
+    await emitAndDeliver('OnDisconnectResult', 1);
+    listener.onDisconnectResult = (result) => seen.push(['second', result]);
+    await emitAndDeliver('OnDisconnectResult', 2);
+    assert.deepEqual(seen, [['first', 1], ['second', 2]]);
+  });
+
+  test('an event with no subscribed listener is posted and then dropped on the main thread', async () => {
+    assert.equal(adapter.registerConnectListener('only'), undefined);
+    await until(() => host.carService.isRegistered(), 'the callback record');
+    host.hilog.clear();
+    await emitAndDeliver('OnDeviceChange', 1);
+    assert.deepEqual(texts(), ['QueueWork# ConnectListenerManager QueueWork', 'PublishEvent# ConnectListenerManager PublishEvent']);
+  });
+});
+
+test.describe('registration with the car service', () => {
+  test('a refused registration is retried twice, 50 ms apart, with INFO lines and nothing told to script', async () => {
+    host.carService.failRegistrations(2);
+    const started = Date.now();
+    assert.equal(adapter.registerConnectListener('s', validListener()), 0);
+    await until(() => host.carService.isRegistered(), 'the third attempt');
+    assert.ok(Date.now() - started >= 95, 'two pauses of 50 ms');
+    assert.equal(registrationCalls(), 3);
+    const initLines = moduleLines().filter((l) => l.args[0] === 'InitCallback');
+    assert.deepEqual(
+      initLines.map((l) => [l.level, l.text]),
+      [
+        [LEVEL.INFO, 'InitCallback# InitCallback'],
+        [LEVEL.INFO, 'InitCallback# InitCallback failed, will retry after 50 milliseconds'],
+        [LEVEL.INFO, 'InitCallback# InitCallback failed, will retry after 50 milliseconds'],
+        [LEVEL.INFO, 'InitCallback# InitCallback success'],
+      ],
+    );
+    assert.deepEqual(initLines[1].args, ['InitCallback', 50]);
+  });
+
+  test('an absent service gets exactly three attempts and three failure lines', async () => {
+    host.carService.failRegistrations(10);
+    assert.equal(adapter.registerConnectListener('s', validListener()), 0);
+    await until(() => registrationCalls() === 3, 'three attempts');
+    await delay(200);
+    assert.equal(registrationCalls(), 3);
+    assert.equal(host.carService.isRegistered(), false);
+    const failures = texts(LEVEL.INFO).filter((t) => t.includes('will retry'));
+    assert.equal(failures.length, 3);
+    assert.ok(!texts().includes('InitCallback# InitCallback success'));
+  });
+
+  test('every call, well-formed or not, starts one registration and only a valid one subscribes', async () => {
+    const journal = [];
+    const cases = [
+      { args: ['one'], line: 'RegisterConnectListener# Error get cb info' },
+      { args: ['a', recordingListener(journal), 'extra'], line: 'RegisterConnectListener# Error get cb info' },
+      { args: [1, recordingListener(journal)], line: 'RegisterConnectListener# not napi_string param' },
+      { args: ['a', 'listener'], line: 'ParseJSCarConnectListener# Failed to get object JSCarConnectListener' },
+      { args: ['a', { onDataReceive() {}, onDeviceStateChange() {} }], line: 'GetNamedProperty# no listener named onBindResult' },
+      { args: ['a', { onBindResult() {}, onDataReceive: 'x', onDeviceStateChange() {} }], line: 'GetNamedProperty# Failed to get listener named onDataReceive' },
+      { args: ['a', { onBindResult() {}, onDataReceive() {} }], line: 'GetNamedProperty# no listener named onDeviceStateChange' },
+    ];
+    for (const [index, { args, line }] of cases.entries()) {
+      host.hilog.clear();
+      assert.equal(adapter.registerConnectListener(...args), undefined, `case ${index}`);
+      assert.ok(texts(LEVEL.ERROR).includes(line), `case ${index}: ${texts(LEVEL.ERROR)}`);
+      await until(() => registrationCalls() === index + 1, `registration ${index + 1}`);
+    }
+    const rejections = moduleLines(LEVEL.ERROR).filter((l) => l.format === '%{public}s# no listener named %{publlic}s');
+    assert.equal(rejections.length, 1);
+    await emitAndDeliver('OnBindResult', 'd', 0, 0, '');
+    assert.deepEqual(journal, [], 'nothing was subscribed');
+  });
+
+  test('an empty session name is accepted and the required three functions are enough', async () => {
+    assert.equal(await register(adapter, '', validListener()), 0);
+    assert.ok(texts().includes('SubscribeListener# register ConnectListener success'));
+  });
+});
+
+test.describe('sessions', () => {
+  test('every session gets every event, in byte-wise order of the session names', async () => {
+    const journal = [];
+    for (const session of ['b', 'a', '', 'B']) {
+      await register(adapter, session, recordingListener(journal, session));
+    }
+    await emitAndDeliver('OnDeviceChange', 2);
+    assert.deepEqual(journal.map((e) => e.session), ['', 'B', 'a', 'b']);
+  });
+
+  test('a second registration under a taken name keeps the first listener', async () => {
+    const journal = [];
+    await register(adapter, 'same', recordingListener(journal, 'first'));
+    host.hilog.clear();
+    assert.equal(adapter.registerConnectListener('same', recordingListener(journal, 'second')), 0);
+    assert.ok(texts().includes('SubscribeListener# CarConnectListener has been sub'));
+    await emitAndDeliver('OnDeviceChange', 1);
+    assert.deepEqual(journal.map((e) => e.session), ['first']);
+  });
+
+  test('unregistering drops every session and the service registration, and always returns 0', async () => {
+    const journal = [];
+    await register(adapter, 'a', recordingListener(journal, 'a'));
+    await register(adapter, 'b', recordingListener(journal, 'b'));
+    assert.equal(adapter.unregisterConnectListener('ignored', 1, 2), 0);
+    assert.equal(host.carService.isRegistered(), false);
+    assert.equal(adapter.unregisterConnectListener(), 0);
+    await register(adapter, 'c', recordingListener(journal, 'c'));
+    await emitAndDeliver('OnDeviceChange', 1);
+    assert.deepEqual(journal.map((e) => e.session), ['c']);
+  });
+
+  test('a newer adapter object takes over: listeners of the older one get nothing more', async () => {
+    const journal = [];
+    await register(adapter, 'old', recordingListener(journal, 'old'));
+    const newer = rovanta.getCarConnectAdapter();
+    await emitAndDeliver('OnDeviceChange', 1);
+    assert.deepEqual(journal, []);
+    await register(newer, 'new', recordingListener(journal, 'new'));
+    await emitAndDeliver('OnDeviceChange', 2);
+    assert.deepEqual(journal.map((e) => [e.session, e.self === newer]), [['new', true]]);
+  });
+});
+
+test.describe('order and re-entry', () => {
+  test('events keep their order and none is lost when several service threads emit at once', async () => {
+    const received = [];
+    await register(adapter, 'main', validListener({ onDataReceive: (type, data) => received.push([type, data]) }));
+    host.hilog.setCapacity(0);
+    try {
+      await host.carService.emitMany({ callback: 'OnDataReceive', args: [1, 'burst'], count: 2000, threads: 4 });
+      for (let index = 0; index < 50; index++) host.carService.emit('OnDataReceive', index, 'seq');
+      await host.mainRunner.whenIdle();
+    } finally {
+      host.hilog.setCapacity(200000);
+    }
+    assert.equal(received.filter(([, data]) => data === 'burst').length, 2000);
+    assert.deepEqual(
+      received.filter(([, data]) => data === 'seq').map(([type]) => type),
+      Array.from({ length: 50 }, (_, i) => i),
+    );
+  });
+
+  test('a listener that unregisters from inside its call stops delivery to the sessions after it', async () => {
+    const journal = [];
+    const first = recordingListener(journal, 'a');
+    first.onDeviceChange = () => {
+      journal.push({ session: 'a' });
+      adapter.unregisterConnectListener();
+    };
+    await register(adapter, 'a', first);
+    await register(adapter, 'b', recordingListener(journal, 'b'));
+    await emitAndDeliver('OnDeviceChange', 1);
+    assert.deepEqual(journal.map((e) => e.session), ['a']);
+  });
+
+  test('a listener that registers from inside its call adds a session for later events', async () => {
+    const journal = [];
+    const first = recordingListener(journal, 'a');
+    first.onDeviceChange = () => {
+      journal.push({ session: 'a' });
+      adapter.registerConnectListener('0-early', recordingListener(journal, '0-early'));
+    };
+    await register(adapter, 'a', first);
+    await emitAndDeliver('OnDeviceChange', 1);
+    await until(() => registrationCalls() >= 2, 'the second registration');
+    await emitAndDeliver('OnDeviceChange', 2);
+    assert.deepEqual(journal.map((e) => e.session), ['a', '0-early', 'a']);
+  });
+
+  test('a listener that throws is logged; the other listeners and later events still arrive', async () => {
+    const journal = [];
+    const thrower = recordingListener(journal, 'a');
+    thrower.onDeviceChange = () => {
+      throw new Error('listener failed');
+    };
+    await register(adapter, 'a', thrower);
+    await register(adapter, 'b', recordingListener(journal, 'b'));
+    const uncaught = [];
+    const onUncaught = (error) => uncaught.push(error);
+    process.on('uncaughtException', onUncaught);
+    try {
+      await emitAndDeliver('OnDeviceChange', 1);
+      await emitAndDeliver('OnDeviceChange', 2);
+    } finally {
+      process.off('uncaughtException', onUncaught);
+    }
+    assert.deepEqual(uncaught, []);
+    assert.deepEqual(journal.map((e) => [e.session, e.args[0]]), [['b', 1], ['b', 2]]);
+    assert.ok(texts(LEVEL.ERROR).includes('NotifyEvent# NotifyEvent error, listener threw: Error: listener failed'));
+  });
+});

@@ -1,0 +1,292 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+'use strict';
+
+const test = require('node:test');
+const assert = require('node:assert/strict');
+const path = require('node:path');
+const { spawnSync } = require('node:child_process');
+const { host, rovanta, LEVEL, resetHost, texts, moduleLines } = require('./support/rovanta');
+
+const PARAM_MESSAGE = 'Invalid input parameter.';
+
+// Each operation: its script method, declared parameters before the callback, fewest accepted in promise form,
+// a valid argument list, and the service call that list must produce.
+const OPERATIONS = [
+  { method: 'bindTarget', member: 'StartBindTarget', declared: 2, min: 2, args: [2, { a: 'b' }], sent: [2, { a: 'b' }] },
+  { method: 'unbindTarget', member: 'StopBindTarget', declared: 1, min: 1, args: [3], sent: [3] },
+  { method: 'sendControlData', member: 'SendControlData', declared: 2, min: 2, args: [4, 'd'], sent: [4, 'd'] },
+  { method: 'startSurfaceTransfer', member: 'StartSurfaceTransfer', declared: 1, min: 1, args: [{ x: 'y' }], sent: [{ x: 'y' }] },
+  { method: 'stopSurfaceTransfer', member: 'StopSurfaceTransfer', declared: 0, min: 0, args: [], sent: [] },
+  { method: 'castOperation', member: 'CastOperation', declared: 1, min: 1, args: [5], sent: [5] },
+  { method: 'disconnectDevice', member: 'DisconnectDevice', declared: 0, min: 0, args: [], sent: [] },
+  { method: 'getDeviceInfo', member: 'GetDeviceInfo', declared: 1, min: 0, args: [6], sent: [6] },
+  { method: 'sendEvent', member: 'SendEventTo', declared: 2, min: 2, args: [7, 'e'], sent: [7, 'e'] },
+];
+
+let adapter;
+test.beforeEach(() => {
+  resetHost();
+  adapter = rovanta.getCarConnectAdapter();
+  host.hilog.clear();
+});
+
+function callbackResult(method, args) {
+  return new Promise((resolve, reject) => {
+    const received = [];
+    const returned = adapter[method](...args, (...callbackArgs) => {
+      received.push(callbackArgs);
+      // Settle on the next turn so that a second call would still be seen.
+      setTimeout(() => resolve(received), 20);
+    });
+    if (returned !== undefined) reject(new Error(`${method} returned ${returned} in callback form`));
+  });
+}
+
+function sentArgs(member) {
+  return host.carService.calls().filter((call) => call.member === member).map((call) => call.args.slice(0, member === 'GetDeviceInfo' ? 1 : undefined));
+}
+
+test.describe('promise and callback forms', () => {
+  for (const op of OPERATIONS) {
+    test(`${op.method}: promise with ${op.declared} arguments, callback after them, arity faults throw "0"`, async () => {
+      const promise = adapter[op.method](...op.args);
+      assert.ok(promise instanceof Promise);
+      assert.equal(await promise, op.member === 'GetDeviceInfo' ? '' : 0);
+
+      const received = await callbackResult(op.method, op.args);
+      assert.deepEqual(received, [[0]], 'the callback is called once with one number');
+      assert.deepEqual(sentArgs(op.member), [op.sent, op.sent]);
+
+      assert.throws(() => adapter[op.method](...op.args, 'not a function'), { code: '0', message: PARAM_MESSAGE });
+      assert.throws(() => adapter[op.method](...op.args, () => {}, 1), { code: '0', message: PARAM_MESSAGE });
+      assert.equal(sentArgs(op.member).length, 2, 'a refused call reaches no service');
+    });
+  }
+
+  test('getDeviceInfo may be called with no argument at all and then asks for type 0', async () => {
+    host.carService.setDeviceInfo('{"name":"car"}');
+    assert.equal(await adapter.getDeviceInfo(), '{"name":"car"}');
+    assert.deepEqual(sentArgs('GetDeviceInfo'), [[0]]);
+  });
+
+  test('operations without parameters treat a first argument as the callback slot', () => {
+    assert.throws(() => adapter.disconnectDevice(1), { code: '0' });
+    assert.throws(() => adapter.stopSurfaceTransfer('x'), { code: '0' });
+  });
+
+  test('the async work of each call is named after the operation', async (t) => {
+    let asyncHooks;
+    try {
+      asyncHooks = require('node:async_hooks');
+    } catch {
+      t.skip('no async_hooks on this engine');
+      return;
+    }
+    const types = [];
+    const hook = asyncHooks.createHook({ init: (id, type) => types.push(type) }).enable();
+    try {
+      for (const op of OPERATIONS) await adapter[op.method](...op.args);
+    } finally {
+      hook.disable();
+    }
+    const expected = ['startBindTarget', 'stopBindTarget', 'sendControlData', 'startSurfaceTransfer', 'stopSurfaceTransfer', 'castOperation', 'disconnectDevice', 'getDeviceInfo', 'sendEventTo'];
+    assert.deepEqual(types.filter((type) => expected.includes(type)), expected);
+  });
+});
+
+test.describe('parse faults', () => {
+  const cases = [
+    { call: () => adapter.bindTarget(1, 'x'), lines: ['ParseMap# invalid param type: deviceInfo.'] },
+    { call: () => adapter.bindTarget('a', {}), lines: ['GetNumber# no type number', 'ParseNumber# SendControllData invalid param type: dataType.'] },
+    { call: () => adapter.bindTarget(1), lines: ['ParseMap# invalid param type: deviceInfo.'] },
+    { call: () => adapter.unbindTarget(), lines: ['GetNumber# no type number', 'ParseNumber# SendControllData invalid param type: dataType.'] },
+    { call: () => adapter.castOperation('1'), lines: ['GetNumber# no type number', 'ParseNumber# SendControllData invalid param type: dataType.'] },
+    { call: () => adapter.sendControlData(1, 2), lines: ['GetString# get string failed.', 'ParseString# SendControllData invalid param type: dataType.'] },
+    { call: () => adapter.startSurfaceTransfer(() => {}), lines: ['ParseMap# invalid param type: deviceInfo.'] },
+    { call: () => adapter.startSurfaceTransfer(null), lines: ['ParseMap# invalid param type: deviceInfo.'] },
+    {
+      call: () => adapter.sendEvent('a', 'b'),
+      lines: ['GetNumber# no type number', 'ParseNumber# SendControllData invalid param type: dataType.'],
+    },
+  ];
+  for (const [index, { call, lines }] of cases.entries()) {
+    test(`case ${index}: throws "401" synchronously after the parser's lines, before any service call`, () => {
+      assert.throws(call, (error) => error.code === '401' && error.message === PARAM_MESSAGE);
+      assert.deepEqual(texts(LEVEL.ERROR), lines);
+      assert.deepEqual(host.carService.calls(), []);
+    });
+  }
+
+  test('a parse fault wins over a bad callback slot, and a fault in the first argument still parses the second', () => {
+    assert.throws(() => adapter.bindTarget('a', 'b', 'c'), { code: '401' });
+    assert.deepEqual(texts(LEVEL.ERROR), [
+      'GetNumber# no type number',
+      'ParseNumber# SendControllData invalid param type: dataType.',
+      'ParseMap# invalid param type: deviceInfo.',
+    ]);
+  });
+
+  test('getDeviceInfo with a non-number type warns and asks for type 0', async () => {
+    assert.equal(await adapter.getDeviceInfo('a'), '');
+    const warnings = moduleLines(LEVEL.WARN);
+    assert.deepEqual(warnings.map((l) => l.text), ['ParseGetDeviceInfo# GetDeviceInfo invalid param: type.']);
+    assert.deepEqual(sentArgs('GetDeviceInfo'), [[0]]);
+  });
+});
+
+test.describe('values as the service receives them', () => {
+  test('numbers arrive as the platform converts them to int32', async () => {
+    const inputs = [3.7, -3.9, 2 ** 31, 4294967297, -0, Number.NaN, Infinity, -(2 ** 31) - 1];
+    for (const input of inputs) await adapter.castOperation(input);
+    assert.deepEqual(sentArgs('CastOperation').flat(), [3, -3, -(2 ** 31), 1, 0, 0, 0, 2 ** 31 - 1]);
+  });
+
+  test('strings arrive cut to their first 4095 bytes', async () => {
+    await adapter.sendControlData(1, 'x'.repeat(5000));
+    await adapter.sendControlData(1, 'y'.repeat(4095));
+    await adapter.sendEvent(1, 'é'.repeat(3000));
+    const [[, cut], [, whole]] = sentArgs('SendControlData');
+    assert.equal(cut, 'x'.repeat(4095));
+    assert.equal(whole, 'y'.repeat(4095));
+    const [[, multiByte]] = sentArgs('SendEventTo');
+    assert.ok(Buffer.byteLength(multiByte) <= 4095 && Buffer.byteLength(multiByte) >= 4094);
+    assert.ok('é'.repeat(3000).startsWith(multiByte));
+  });
+
+  test('an object becomes a string map, value by value', async () => {
+    const value = {
+      a: 1,
+      b: 2.5,
+      c: true,
+      d: null,
+      e: 'x',
+      f: {},
+      g: undefined,
+      h: -3,
+      i: 1e21,
+      j: Number.NaN,
+      k: false,
+      l: [1],
+      m: () => {},
+      n: 10n,
+      o: Symbol('o'),
+      7: 'seven',
+      [Symbol('hidden')]: 'no',
+    };
+    await adapter.startSurfaceTransfer(value);
+    assert.deepEqual(sentArgs('StartSurfaceTransfer'), [
+      [
+        {
+          7: 'seven',
+          a: '1',
+          b: '2.500000',
+          c: 'true',
+          d: '',
+          e: 'x',
+          f: '',
+          g: '',
+          h: '-3',
+          i: '1000000000000000000000.000000',
+          j: 'nan',
+          k: 'false',
+          l: '',
+          m: '',
+          n: '',
+          o: '',
+        },
+      ],
+    ]);
+    const invalid = moduleLines(LEVEL.ERROR).filter((l) => l.args[0] === 'GetValue');
+    assert.deepEqual(invalid.map((l) => l.args[1]).sort(), ['f', 'l', 'm', 'n', 'o']);
+    assert.equal(invalid[0].format, '%{public}s# Invalid property: %{public}s');
+  });
+
+  test('inherited enumerable keys are read; an empty object gives an empty map', async () => {
+    const derived = Object.create({ inherited: 'yes' });
+    derived.own = 2;
+    await adapter.bindTarget(1, derived);
+    await adapter.bindTarget(1, {});
+    await adapter.bindTarget(1, [5, 'z']);
+    assert.deepEqual(sentArgs('StartBindTarget'), [
+      [1, { own: '2', inherited: 'yes' }],
+      [1, {}],
+      [1, { 0: '5', 1: 'z' }],
+    ]);
+  });
+});
+
+test.describe('results', () => {
+  test('a non-zero service code resolves the promise and is the callback argument, never a rejection', async () => {
+    host.carService.setResult('CastOperation', -1);
+    host.carService.setResult('DisconnectDevice', 1001);
+    assert.equal(await adapter.castOperation(1), -1);
+    assert.deepEqual(await callbackResult('castOperation', [1]), [[-1]]);
+    assert.equal(await adapter.disconnectDevice(), 1001);
+  });
+
+  test('getDeviceInfo gives its text to a promise and the number 0 to a callback, whatever the service code', async () => {
+    host.carService.setDeviceInfo('device-7');
+    host.carService.setResult('GetDeviceInfo', 5);
+    assert.equal(await adapter.getDeviceInfo(1), 'device-7');
+    assert.deepEqual(await callbackResult('getDeviceInfo', [1]), [[0]]);
+    assert.deepEqual(texts(LEVEL.INFO).filter((t) => t.startsWith('NapiCreateResult')), ['NapiCreateResult# create string result']);
+  });
+
+  test('stopSurfaceTransfer traces itself twice at ERROR on success', async () => {
+    assert.equal(await adapter.stopSurfaceTransfer(), 0);
+    assert.deepEqual(texts(LEVEL.ERROR), ['NapiStopSurfaceTransfer# NapiStopSurfaceTransfer.', 'StopSurfaceTransferExecuteFunc# StopSurfaceTransferExecuteFunc.']);
+    assert.deepEqual(texts(LEVEL.INFO).slice(-2), ['ParseNoItem# no parse.', 'NapiCreateResult# create number result']);
+  });
+
+  test('the service call runs off the script thread, which keeps running meanwhile', async () => {
+    host.carService.setDelay('StopBindTarget', 300);
+    let ticks = 0;
+    const interval = setInterval(() => ticks++, 10);
+    const started = Date.now();
+    const pending = adapter.unbindTarget(1);
+    assert.ok(Date.now() - started < 100, 'the call returns before the service answers');
+    await host.carService.waitForCalls('StopBindTarget', 1);
+    assert.equal(await pending, 0);
+    clearInterval(interval);
+    assert.ok(ticks >= 10, `the script thread ran ${ticks} timer ticks while the service was busy`);
+  });
+
+  test('concurrent calls each settle once with their own result', async () => {
+    host.carService.setDelay('CastOperation', 20);
+    const results = await Promise.all(Array.from({ length: 16 }, (_, i) => adapter.castOperation(i)));
+    assert.deepEqual(results, new Array(16).fill(0));
+    assert.deepEqual(sentArgs('CastOperation').flat().sort((a, b) => a - b), Array.from({ length: 16 }, (_, i) => i));
+  });
+});
+
+test.describe('the car-service client library', () => {
+  test('its proxy descriptor is registered with the broker while the module is loaded', () => {
+    assert.ok(host.broker.descriptors().includes('ZUNO.ITravel.Vexar'));
+  });
+
+  test('a property read that the platform refuses ends the process', () => {
+    const script = `
+      const host = require(${JSON.stringify(path.join(__dirname, '..', 'host'))});
+      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+      adapter.startSurfaceTransfer({ get boom() { throw new Error('getter refused'); } });
+      console.log('survived');
+    `;
+    const child = spawnSync(process.execPath, ['-e', script], { encoding: 'utf8', timeout: 30000 });
+    assert.equal(child.signal, 'SIGABRT', child.stderr);
+    assert.doesNotMatch(child.stdout, /survived/);
+  });
+});

@@ -1,0 +1,163 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+'use strict';
+
+// The process and its worker threads end while the module is busy: listeners held, events queued, registration
+// threads asleep, service calls in flight. Each scenario runs in a child process (which inherits any sanitizer
+// preload of this one) and must end cleanly, with no report on its standard error.
+const test = require('node:test');
+const assert = require('node:assert/strict');
+const path = require('node:path');
+const { spawnSync } = require('node:child_process');
+
+const HOST = JSON.stringify(path.join(__dirname, '..', 'host'));
+const SANITIZER_REPORT = /AddressSanitizer|LeakSanitizer|ThreadSanitizer|runtime error:|Segmentation fault|Assertion/;
+
+const BUSY_MODULE = `
+  const host = require(${HOST});
+  const rovanta = host.requireNapi('carService.rovanta');
+  const listener = { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, onDeviceChange() {} };
+  const adapter = rovanta.getCarConnectAdapter();
+  adapter.registerConnectListener('held', listener);
+  async function makeBusy() {
+    while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+    host.carService.failRegistrations(1000);
+    adapter.registerConnectListener('sleeping', listener);
+    host.carService.setDelay('CastOperation', 400);
+    adapter.castOperation(1).then(() => {});
+    adapter.castOperation(2, () => {});
+    for (let i = 0; i < 100; i++) host.carService.emit('OnDeviceChange', i);
+    host.carService.emitMany({ callback: 'OnDeviceChange', args: [1], count: 100000, threads: 3 });
+  }
+`;
+
+// Leak checking needs a full teardown of the engine. process.exit(), an uncaught error and a terminated worker
+// skip it: node then leaves its own heap, and the handle of any promise it can no longer settle, allocated.
+// Those children keep every other sanitizer check; the leak check runs on the scenarios that end normally.
+function runChild(script, { leakCheck = true } = {}) {
+  const env = { ...process.env };
+  if (!leakCheck && env.ASAN_OPTIONS !== undefined) env.ASAN_OPTIONS += ':detect_leaks=0';
+  return spawnSync(process.execPath, ['-e', script], { encoding: 'utf8', timeout: 60000, env });
+}
+
+function assertCleanExit(child, expectedStatus = 0) {
+  assert.equal(child.signal, null, `signal ${child.signal}: ${child.stderr}`);
+  assert.equal(child.status, expectedStatus, child.stderr);
+  assert.doesNotMatch(child.stderr, SANITIZER_REPORT);
+}
+
+test.describe('process teardown', () => {
+  test('process.exit while everything is in flight', () => {
+    const child = runChild(`${BUSY_MODULE}
+      makeBusy().then(() => setTimeout(() => process.exit(0), 20));
+    `, { leakCheck: false });
+    assertCleanExit(child);
+  });
+
+  test('a normal end of the event loop while registration threads sleep and events are queued', () => {
+    const child = runChild(`${BUSY_MODULE}
+      makeBusy().then(() => console.log('busy'));
+    `);
+    assertCleanExit(child);
+    assert.match(child.stdout, /busy/);
+  });
+
+  test('a listener that ends the process from inside its call', () => {
+    const child = runChild(`
+      const host = require(${HOST});
+      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+      adapter.registerConnectListener('s', {
+        onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
+        onDeviceChange() { process.exit(3); },
+      });
+      (async () => {
+        while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+        host.carService.emitMany({ callback: 'OnDeviceChange', args: [1], count: 1000, threads: 2 });
+      })();
+    `, { leakCheck: false });
+    assertCleanExit(child, 3);
+  });
+
+  test('an uncaught error thrown while events and work are in flight', () => {
+    const child = runChild(`${BUSY_MODULE}
+      makeBusy().then(() => setTimeout(() => { throw new Error('script failure'); }, 20));
+    `, { leakCheck: false });
+    assert.equal(child.signal, null, child.stderr);
+    assert.equal(child.status, 1);
+    assert.match(child.stderr, /script failure/);
+    assert.doesNotMatch(child.stderr, SANITIZER_REPORT);
+  });
+});
+
+test.describe('worker threads', () => {
+  const WORKER_SCRIPT = `
+    const { parentPort } = require('node:worker_threads');
+    const host = require(${HOST});
+    const rovanta = host.requireNapi('carService.rovanta');
+    const adapter = rovanta.getCarConnectAdapter();
+    const events = [];
+    adapter.registerConnectListener('worker', {
+      onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
+      onDeviceChange(state) { events.push(state); },
+    });
+    (async () => {
+      const code = await adapter.castOperation(4);
+      while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+      host.carService.emit('OnDeviceChange', 9);
+      await new Promise((r) => setTimeout(r, 50));
+      if (process.env.WORKER_LEAVES_WORK) {
+        host.carService.setDelay('StopBindTarget', 300);
+        adapter.unbindTarget(1);
+      }
+      parentPort.postMessage({ code, events, modes: rovanta.DiscoveryMode });
+    })();
+  `;
+
+  function runWorkerScenario(leavesWork) {
+    const child = runChild(`
+      if (${leavesWork}) process.env.WORKER_LEAVES_WORK = '1';
+      const { Worker } = require('node:worker_threads');
+      const host = require(${HOST});
+      const rovanta = host.requireNapi('carService.rovanta');
+      (async () => {
+        const worker = new Worker(${JSON.stringify(WORKER_SCRIPT)}, { eval: true });
+        const report = await new Promise((resolve, reject) => { worker.once('message', resolve); worker.once('error', reject); });
+        await worker.terminate();
+        const adapter = rovanta.getCarConnectAdapter();
+        const seen = [];
+        adapter.registerConnectListener('main', {
+          onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
+          onDeviceChange(state) { seen.push(state); },
+        });
+        while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+        host.carService.emit('OnDeviceChange', 5);
+        await host.mainRunner.whenIdle();
+        console.log(JSON.stringify({ report, seen, main: await adapter.castOperation(1) }));
+      })().catch((error) => { console.error(error); process.exit(2); });
+    `, { leakCheck: !leavesWork });
+    assertCleanExit(child);
+    const result = JSON.parse(child.stdout.trim().split('\n').pop());
+    assert.equal(result.report.code, 0);
+    assert.deepEqual(result.report.modes, { NO_PERCEPTION_DISCOVERY: 1, BLUETOOTH_DISCOVERY: 2, USB_DISCOVERY: 3, QR_DISCOVERY: 4 });
+    assert.deepEqual(result.report.events, [], 'events are delivered on the main thread only');
+    assert.deepEqual(result.seen, [5]);
+    assert.equal(result.main, 0);
+  }
+
+  test('a worker loads the module, runs operations and ends; its references go with it', () => runWorkerScenario(false));
+
+  test('a worker ends with a service call in flight; the main thread carries on', () => runWorkerScenario(true));
+});
