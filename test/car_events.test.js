@@ -235,6 +235,8 @@ test.describe('sessions', () => {
     const journal = [];
     await register(adapter, 'a', recordingListener(journal, 'a'));
     await register(adapter, 'b', recordingListener(journal, 'b'));
+    // The second registration thread may still be on its way: an unregistration before it would be undone.
+    await until(() => texts().filter((t) => t === 'InitCallback# InitCallback success').length === 2, 'both registrations');
     assert.equal(adapter.unregisterConnectListener('ignored', 1, 2), 0);
     assert.equal(host.carService.isRegistered(), false);
     assert.equal(adapter.unregisterConnectListener(), 0);
@@ -299,6 +301,32 @@ test.describe('order and re-entry', () => {
     await until(() => registrationCalls() >= 2, 'the second registration');
     await emitAndDeliver('OnDeviceChange', 2);
     assert.deepEqual(journal.map((e) => e.session), ['a', '0-early', 'a']);
+  });
+
+  test('a listener that replaces the adapter from inside its call: the delivery in progress completes safely', async () => {
+    const journal = [];
+    let replacement;
+    const first = recordingListener(journal, 'a');
+    first.onDeviceChange = () => {
+      journal.push({ session: 'a' });
+      replacement = rovanta.getCarConnectAdapter();
+    };
+    await register(adapter, 'a', first);
+    await register(adapter, 'b', recordingListener(journal, 'b'));
+    await emitAndDeliver('OnDeviceChange', 1);
+    await emitAndDeliver('OnDeviceChange', 2);
+    assert.deepEqual(journal.map((e) => e.session), ['a', 'b']);
+    assert.ok(replacement instanceof rovanta.CarAdapterClient);
+  });
+
+  test('an older adapter object still registers after a newer one released its native client', async () => {
+    const journal = [];
+    const older = adapter;
+    rovanta.getCarConnectAdapter();
+    assert.equal(older.registerConnectListener('late', recordingListener(journal, 'late')), 0);
+    await until(() => host.carService.isRegistered(), 'the callback record');
+    await emitAndDeliver('OnDeviceChange', 3);
+    assert.deepEqual(journal.map((e) => [e.session, e.args]), [['late', [3]]]);
   });
 
   test('a listener that throws is logged; the other listeners and later events still arrive', async () => {

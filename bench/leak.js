@@ -1,0 +1,93 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+'use strict';
+
+// Memory of the process across 100,000 service calls and 100,000 delivered events, each measured after a
+// warm-up round of the same size (so that the allocator's high-water mark is reached first): run with --expose-gc. Prints one JSON line per phase (RSS in bytes before and after, growth).
+const host = require('../host');
+
+const rovanta = host.requireNapi('carService.rovanta');
+const COUNT = Number(process.env.ROVANTA_LEAK_COUNT || 100000);
+const IN_FLIGHT = 64;
+const EVENT_CHUNK = 2000;
+
+if (typeof global.gc !== 'function') {
+  console.error('run with node --expose-gc');
+  process.exit(2);
+}
+
+function settledRss() {
+  for (let round = 0; round < 3; round++) global.gc();
+  return process.memoryUsage().rss;
+}
+
+async function calls(adapter, total) {
+  const operations = [
+    () => adapter.castOperation(1),
+    () => adapter.bindTarget(1, { NETWORK_ID: 'net', DEVICE_NAME: 'car' }),
+    () => adapter.sendControlData(2, 'payload'),
+    () => adapter.getDeviceInfo(0),
+    () => new Promise((resolve) => adapter.unbindTarget(1, resolve)),
+  ];
+  for (let done = 0; done < total; done += IN_FLIGHT) {
+    const batch = [];
+    for (let index = 0; index < IN_FLIGHT && done + index < total; index++) {
+      batch.push(operations[(done + index) % operations.length]());
+    }
+    await Promise.all(batch);
+    host.carService.clearCalls();
+  }
+}
+
+// In chunks, so that the queue of the main runner (whose peak the allocator keeps) stays the same size.
+async function events(total) {
+  for (let done = 0; done < total; done += EVENT_CHUNK) {
+    const count = Math.min(EVENT_CHUNK, total - done);
+    await host.carService.emitMany({ callback: 'OnDataReceive', args: [0, 'payload'], count, threads: 4 });
+    await host.mainRunner.whenIdle();
+  }
+}
+
+async function measure(name, work) {
+  await work(COUNT);
+  const before = settledRss();
+  await work(COUNT);
+  const after = settledRss();
+  return { phase: name, count: COUNT, rssBefore: before, rssAfter: after, growth: after - before };
+}
+
+async function main() {
+  host.hilog.setCapacity(0);
+  const adapter = rovanta.getCarConnectAdapter();
+  let delivered = 0;
+  adapter.registerConnectListener('leak', {
+    onBindResult() {},
+    onDataReceive() {
+      delivered++;
+    },
+    onDeviceStateChange() {},
+  });
+  while (!host.carService.isRegistered()) await new Promise((resolve) => setTimeout(resolve, 2));
+
+  const results = [await measure('service calls', (n) => calls(adapter, n)), await measure('delivered events', events)];
+  results[1].delivered = delivered;
+  for (const result of results) console.log(JSON.stringify(result));
+}
+
+main().catch((error) => {
+  console.error(error);
+  process.exit(1);
+});
