@@ -243,50 +243,22 @@ void CarAdapterClient::InitCallback()
     }
 }
 
-napi_value CarAdapterClient::StartBindTarget(napi_env env, napi_callback_info info)
-{
-    return NapiStartBindTarget(env, info);
-}
+// The service methods only hand the call to their asynchronous operation.
+#define FORWARD_TO_OPERATION(member, operation)                                                                        \
+    napi_value CarAdapterClient::member(napi_env env, napi_callback_info info)                                         \
+    {                                                                                                                  \
+        return operation(env, info);                                                                                   \
+    }
 
-napi_value CarAdapterClient::StopBindTarget(napi_env env, napi_callback_info info)
-{
-    return NapiStopBindTarget(env, info);
-}
-
-napi_value CarAdapterClient::SendControllData(napi_env env, napi_callback_info info)
-{
-    return NapiSendControllData(env, info);
-}
-
-napi_value CarAdapterClient::StartSurfaceTransfer(napi_env env, napi_callback_info info)
-{
-    return NapiStartSurfaceTransfer(env, info);
-}
-
-napi_value CarAdapterClient::StopSurfaceTransfer(napi_env env, napi_callback_info info)
-{
-    return NapiStopSurfaceTransfer(env, info);
-}
-
-napi_value CarAdapterClient::CastOperation(napi_env env, napi_callback_info info)
-{
-    return NapiCastOperation(env, info);
-}
-
-napi_value CarAdapterClient::Disconnect(napi_env env, napi_callback_info info)
-{
-    return NapiDisconnect(env, info);
-}
-
-napi_value CarAdapterClient::GetDeviceInfo(napi_env env, napi_callback_info info)
-{
-    return NapiGetDeviceInfo(env, info);
-}
-
-napi_value CarAdapterClient::SendEventTo(napi_env env, napi_callback_info info)
-{
-    return NapiSendEventTo(env, info);
-}
+FORWARD_TO_OPERATION(StartBindTarget, NapiStartBindTarget)
+FORWARD_TO_OPERATION(StopBindTarget, NapiStopBindTarget)
+FORWARD_TO_OPERATION(SendControllData, NapiSendControllData)
+FORWARD_TO_OPERATION(StartSurfaceTransfer, NapiStartSurfaceTransfer)
+FORWARD_TO_OPERATION(StopSurfaceTransfer, NapiStopSurfaceTransfer)
+FORWARD_TO_OPERATION(CastOperation, NapiCastOperation)
+FORWARD_TO_OPERATION(Disconnect, NapiDisconnect)
+FORWARD_TO_OPERATION(GetDeviceInfo, NapiGetDeviceInfo)
+FORWARD_TO_OPERATION(SendEventTo, NapiSendEventTo)
 
 void CarAdapterClient::OnBindResult(std::string deviceId, int result, int status, std::string content)
 {
