@@ -1,0 +1,109 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+'use strict';
+
+// The host harness that every other suite stands on: what its stand-ins record and refuse.
+const test = require('node:test');
+const assert = require('node:assert/strict');
+const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, delay } = require('./support/rovanta');
+
+test.beforeEach(resetHost);
+
+test.describe('caller identity', () => {
+  test('reset gives a system application with token 0x10001 holding only the connect permission', () => {
+    host.identity.set({ systemApp: false, tokenId: 7 });
+    host.permissions.grant('ohos.permission.Z');
+    host.permissions.grant('ohos.permission.A');
+    assert.deepEqual(host.identity.get(), { systemApp: false, tokenId: 7 });
+    assert.deepEqual(host.permissions.list(), ['ohos.permission.A', CONNECT_PERMISSION, 'ohos.permission.Z']);
+    host.identity.reset();
+    assert.deepEqual(host.identity.get(), { systemApp: true, tokenId: 0x10001 });
+    assert.deepEqual(host.permissions.list(), [CONNECT_PERMISSION]);
+  });
+
+  test('each field may be set alone; a token id of 2^32 or more is refused', () => {
+    host.identity.set({ tokenId: 5 });
+    assert.deepEqual(host.identity.get(), { systemApp: true, tokenId: 5 });
+    host.identity.set({ systemApp: false });
+    assert.deepEqual(host.identity.get(), { systemApp: false, tokenId: 5 });
+    assert.throws(() => host.identity.set({ tokenId: 2 ** 32 }));
+  });
+});
+
+test.describe('HiLog', () => {
+  test('past its capacity the oldest lines go and are counted; capacity 0 keeps nothing', () => {
+    host.hilog.setCapacity(2);
+    try {
+      for (let index = 0; index < 5; index++) rovanta.DiscoveryMode;
+      assert.equal(host.hilog.lines().length, 2);
+      assert.equal(host.hilog.dropped(), 3);
+      host.hilog.clear();
+      assert.equal(host.hilog.dropped(), 0);
+      host.hilog.setCapacity(0);
+      rovanta.DiscoveryMode;
+      assert.deepEqual(host.hilog.lines(), []);
+    } finally {
+      host.hilog.setCapacity(200000);
+    }
+  });
+});
+
+test.describe('the simulated car service', () => {
+  test('emit refuses without a registered record, with a wrong arity, and with a wrong type', async () => {
+    assert.throws(() => host.carService.emit('OnDeviceChange', 1), Error);
+    const adapter = rovanta.getCarConnectAdapter();
+    adapter.registerConnectListener('s', validListener());
+    await host.carService.waitForCalls('RegisterCarConnectListener', 1);
+    while (!host.carService.isRegistered()) await delay(1);
+    assert.throws(() => host.carService.emit('OnDeviceChange'), Error);
+    assert.throws(() => host.carService.emit('OnDataReceive', 'x', 'y'), Error);
+    assert.throws(() => host.carService.emit('NoSuchCallback', 1), Error);
+    assert.throws(() => host.carService.emit(7, 1), Error);
+    host.carService.emit(6, 0);
+  });
+
+  test('waitForCalls rejects on timeout and resolves with the calls of the member', async () => {
+    await assert.rejects(host.carService.waitForCalls('CastOperation', 1, 30), /CastOperation/);
+    const adapter = rovanta.getCarConnectAdapter();
+    adapter.castOperation(3);
+    const calls = await host.carService.waitForCalls('CastOperation', 1);
+    assert.deepEqual(calls, [{ member: 'CastOperation', args: [3] }]);
+    host.carService.clearCalls();
+    assert.deepEqual(host.carService.calls(), []);
+  });
+
+  test('reset forgets results, delays, failures, device information and the registered record', async () => {
+    host.carService.setResult('CastOperation', 9);
+    host.carService.setDelay('CastOperation', 1000);
+    host.carService.setDeviceInfo('info');
+    host.carService.failRegistrations(5);
+    host.carService.reset();
+    const adapter = rovanta.getCarConnectAdapter();
+    const started = Date.now();
+    assert.equal(await adapter.castOperation(1), 0);
+    assert.ok(Date.now() - started < 500);
+    assert.equal(await adapter.getDeviceInfo(), '');
+    adapter.registerConnectListener('s', validListener());
+    await host.carService.waitForCalls('RegisterCarConnectListener', 1);
+    while (!host.carService.isRegistered()) await delay(1);
+    host.carService.reset();
+    assert.equal(host.carService.isRegistered(), false);
+  });
+});
+
+test('the main runner is idle at once when nothing is queued', async () => {
+  await host.mainRunner.whenIdle();
+});
