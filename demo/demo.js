@@ -124,6 +124,25 @@ async function main() {
   say('app', `disconnectDevice() -> ${await adapter.disconnectDevice()}`);
   await carSays('OnDisconnectResult', 0);
 
+  car.setResult('CastOperation', 0);
+  say('', 'every operation in both forms: a promise, or a trailing callback that gets one number');
+  const operations = [
+    ['bindTarget', 1, { NETWORK_ID: 'net-42' }],
+    ['unbindTarget', 1],
+    ['sendControlData', 3, 'volume=5'],
+    ['startSurfaceTransfer', { DISPLAY_ID: 0 }],
+    ['stopSurfaceTransfer'],
+    ['castOperation', 2],
+    ['disconnectDevice'],
+    ['getDeviceInfo', 1],
+    ['sendEvent', 4, 'ping'],
+  ];
+  for (const [method, ...args] of operations) {
+    const promised = JSON.stringify(await adapter[method](...args));
+    const calledBack = await callbackForm(adapter, method, ...args);
+    say('app', `${method.padEnd(20)} promise -> ${promised.padEnd(40)} callback -> ${calledBack}`);
+  }
+
   say('app', `unregisterConnectListener() = ${adapter.unregisterConnectListener()}`);
   say('car', `callbacks registered: ${car.isRegistered()}`);
   say('', `the module wrote ${host.hilog.lines().length} log lines; the service saw ${car.calls().length} calls`);
