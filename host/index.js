@@ -27,10 +27,16 @@ const moduleRoot = path.resolve(process.env.OHOS_HOST_ROOT || path.join(__dirnam
 const libDir = path.join(moduleRoot, 'lib');
 const WAIT_POLL_MS = 5;
 
+// Some engines hand a library that registers itself with napi_module_register the module record in place of
+// record.exports and then store the record as its own exports; the record's `exports` key is not the module's.
 function dlopen(file) {
-  const loaded = { exports: {} };
-  process.dlopen(loaded, file);
-  return loaded.exports;
+  const record = { exports: {} };
+  process.dlopen(record, file);
+  const { exports } = record;
+  if (exports === record) {
+    delete record.exports;
+  }
+  return exports;
 }
 
 const native = dlopen(path.join(libDir, 'host_platform.node'));
@@ -130,7 +136,9 @@ module.exports = {
     // callback: C++ name ("OnBindResult" ...) or slot 0..6. Integer parameters take JS numbers converted like
     // ToInt32 (4294967297 -> 1); string parameters take strings only.
     emit: (callback, ...args) => native.carEmit(callback, args),
-    emitMany: ({ callback, args = [], count = 1, threads = 1 }) => native.carEmitMany(callback, args, count, threads),
+    // sequenceArg (optional): index of an int argument that each call replaces with its number, 0 to count - 1.
+    emitMany: ({ callback, args = [], count = 1, threads = 1, sequenceArg }) =>
+      native.carEmitMany(callback, args, count, threads, sequenceArg),
   },
 
   mainRunner: {
@@ -141,5 +149,11 @@ module.exports = {
 
   broker: {
     descriptors: () => native.brokerDescriptors(),
+  },
+
+  // What the script engine itself does with Node-API, apart from any stand-in.
+  engine: {
+    // Resolves once an async work named `name`, which does nothing, has completed.
+    runAsyncWork: (name) => native.runAsyncWork(name),
   },
 };

@@ -96,13 +96,24 @@ test.describe('promise and callback forms', () => {
       t.skip('no async_hooks on this engine');
       return;
     }
-    const types = [];
-    const hook = asyncHooks.createHook({ init: (id, type) => types.push(type) }).enable();
-    try {
-      for (const op of OPERATIONS) await adapter[op.method](...op.args);
-    } finally {
-      hook.disable();
+    const typesCreatedDuring = async (run) => {
+      const types = [];
+      const hook = asyncHooks.createHook({ init: (id, type) => types.push(type) }).enable();
+      try {
+        await run();
+      } finally {
+        hook.disable();
+      }
+      return types;
+    };
+    // Engines other than Node may offer async_hooks without reporting the async work made through Node-API.
+    if (!(await typesCreatedDuring(() => host.engine.runAsyncWork('probe'))).includes('probe')) {
+      t.skip('async_hooks on this engine does not report Node-API async work');
+      return;
     }
+    const types = await typesCreatedDuring(async () => {
+      for (const op of OPERATIONS) await adapter[op.method](...op.args);
+    });
     const expected = ['startBindTarget', 'stopBindTarget', 'sendControlData', 'startSurfaceTransfer', 'stopSurfaceTransfer', 'castOperation', 'disconnectDevice', 'getDeviceInfo', 'sendEventTo'];
     assert.deepEqual(types.filter((type) => expected.includes(type)), expected);
   });
@@ -249,7 +260,9 @@ test.describe('results', () => {
   test('stopSurfaceTransfer traces itself twice at ERROR on success', async () => {
     assert.equal(await adapter.stopSurfaceTransfer(), 0);
     assert.deepEqual(texts(LEVEL.ERROR), ['NapiStopSurfaceTransfer# NapiStopSurfaceTransfer.', 'StopSurfaceTransferExecuteFunc# StopSurfaceTransferExecuteFunc.']);
-    assert.deepEqual(texts(LEVEL.INFO).slice(-2), ['ParseNoItem# no parse.', 'NapiCreateResult# create number result']);
+    // While the call waits, the collector may free an older adapter object, whose wrap finalizer logs a line.
+    const callLines = texts(LEVEL.INFO).filter((text) => text !== 'operator()# delete js object');
+    assert.deepEqual(callLines.slice(-2), ['ParseNoItem# no parse.', 'NapiCreateResult# create number result']);
   });
 
   test('the service call runs off the script thread, which keeps running meanwhile', async () => {

@@ -16,6 +16,7 @@
 #include "car_service_state.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <thread>
 
@@ -309,7 +310,12 @@ Emission::Emission(const EventListener &listener, size_t slot, std::vector<EmitA
 {
 }
 
-void Emission::Run(size_t count, size_t threads) const
+bool Emission::HasIntegerArg(size_t index) const
+{
+    return index < args_.size() && std::holds_alternative<int32_t>(args_[index]);
+}
+
+void Emission::Run(size_t count, size_t threads, std::optional<size_t> sequenceArg) const
 {
     size_t workers = std::min(count, std::max<size_t>(threads, 1));
     // The workers start calling only once all of them are running.
@@ -323,14 +329,19 @@ void Emission::Run(size_t count, size_t threads) const
         }
         gate.wait(lock, [&started, workers] { return started == workers; });
     };
+    std::atomic<int32_t> nextSequence{0};
     std::vector<std::thread> pool;
     pool.reserve(workers);
     for (size_t worker = 0; worker < workers; ++worker) {
         size_t share = count / workers + (worker < count % workers ? 1 : 0);
-        pool.emplace_back([this, share, &waitForAll] {
+        pool.emplace_back([this, share, sequenceArg, &waitForAll, &nextSequence] {
             waitForAll();
+            std::vector<EmitArg> args = args_;
             for (size_t call = 0; call < share; ++call) {
-                SlotBindings()[slot_].invoke(listener_, args_);
+                if (sequenceArg) {
+                    args[*sequenceArg] = nextSequence.fetch_add(1);
+                }
+                SlotBindings()[slot_].invoke(listener_, args);
             }
         });
     }

@@ -75,8 +75,12 @@ using EmitArg = std::variant<int32_t, std::string>;
 class Emission {
 public:
     // Calls the callback `count` times in all, spread over min(count, threads) service threads running at once;
-    // returns once every call has returned. The calling thread never runs the callback itself.
-    void Run(size_t count, size_t threads) const;
+    // returns once every call has returned. The calling thread never runs the callback itself. With
+    // `sequenceArg`, the integer argument at that index is replaced by the number of the call, 0 to count - 1,
+    // in the order the calls start across all threads.
+    void Run(size_t count, size_t threads, std::optional<size_t> sequenceArg = std::nullopt) const;
+    // Whether the argument at `index` is an integer, which Run can number.
+    bool HasIntegerArg(size_t index) const;
 
 private:
     friend std::optional<Emission> PrepareEmission(size_t slot, std::vector<EmitArg> args, std::string &error);

@@ -18,13 +18,14 @@
 
 #include <node_api.h>
 
-// Each function adds the functions of one stand-in to the exports of the harness addon.
+// Each function adds the functions of one stand-in, or the engine probes, to the exports of the harness addon.
 namespace OHOS {
 namespace Host {
 namespace Addon {
 void DefinePlatformFunctions(napi_env env, napi_value exports);
 void DefineCarServiceFunctions(napi_env env, napi_value exports);
 void DefineMainRunnerFunctions(napi_env env, napi_value exports);
+void DefineEngineProbeFunctions(napi_env env, napi_value exports);
 } // namespace Addon
 } // namespace Host
 } // namespace OHOS

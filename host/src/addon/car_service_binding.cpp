@@ -30,6 +30,7 @@ namespace Car = CarService;
 constexpr int64_t MAX_DELAY_MS = 3600000;
 constexpr int64_t MAX_EMIT_COUNT = 10000000;
 constexpr int64_t MAX_EMIT_THREADS = 256;
+constexpr int64_t MAX_EMIT_ARGS = 4;
 
 std::string ToMember(napi_env env, napi_value value)
 {
@@ -176,14 +177,15 @@ napi_value Emit(const CallArgs &args)
 
 // Background run of emitMany: the calls run off the script thread, the promise settles on it.
 struct EmitManyJob {
-    EmitManyJob(Car::Emission runEmission, size_t runCount, size_t runThreads)
-        : emission(std::move(runEmission)), count(runCount), threads(runThreads)
+    EmitManyJob(Car::Emission runEmission, size_t runCount, size_t runThreads, std::optional<size_t> runSequenceArg)
+        : emission(std::move(runEmission)), count(runCount), threads(runThreads), sequenceArg(runSequenceArg)
     {
     }
 
     Car::Emission emission;
     size_t count;
     size_t threads;
+    std::optional<size_t> sequenceArg;
     napi_deferred deferred = nullptr;
     napi_async_work work = nullptr;
     std::string failure;
@@ -192,7 +194,7 @@ struct EmitManyJob {
     {
         auto *job = static_cast<EmitManyJob *>(data);
         try {
-            job->emission.Run(job->count, job->threads);
+            job->emission.Run(job->count, job->threads, job->sequenceArg);
         } catch (const std::exception &error) {
             job->failure = error.what();
         }
@@ -223,7 +225,14 @@ napi_value EmitMany(const CallArgs &args)
     Car::Emission emission = ToEmission(env, args.At(0), args.At(1));
     auto count = static_cast<size_t>(ToInteger(env, args.At(2), "count", 0, MAX_EMIT_COUNT));
     auto threads = static_cast<size_t>(ToInteger(env, args.At(3), "threads", 1, MAX_EMIT_THREADS));
-    auto job = std::make_unique<EmitManyJob>(std::move(emission), count, threads);
+    std::optional<size_t> sequenceArg;
+    if (TypeOf(env, args.At(4)) != napi_undefined) {
+        sequenceArg = static_cast<size_t>(ToInteger(env, args.At(4), "sequenceArg", 0, MAX_EMIT_ARGS));
+        if (!emission.HasIntegerArg(*sequenceArg)) {
+            throw JsError("sequenceArg must name an integer argument of the callback");
+        }
+    }
+    auto job = std::make_unique<EmitManyJob>(std::move(emission), count, threads, sequenceArg);
     napi_value promise = nullptr;
     Check(env, napi_create_promise(env, &job->deferred, &promise));
     Check(env, napi_create_async_work(env, nullptr, MakeString(env, "emitMany"), EmitManyJob::Execute,

@@ -27,6 +27,7 @@ NAPI_MODULE_INIT()
         OHOS::Host::Addon::DefinePlatformFunctions(env, exports);
         OHOS::Host::Addon::DefineCarServiceFunctions(env, exports);
         OHOS::Host::Addon::DefineMainRunnerFunctions(env, exports);
+        OHOS::Host::Addon::DefineEngineProbeFunctions(env, exports);
     } catch (const std::exception &error) {
         napi_throw_error(env, nullptr, error.what());
         return nullptr;
