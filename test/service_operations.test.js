@@ -266,12 +266,12 @@ test.describe('results', () => {
   });
 
   test('the service call runs off the script thread, which keeps running meanwhile', async () => {
-    host.carService.setDelay('StopBindTarget', 300);
+    host.carService.setDelay('StopBindTarget', 600);
     let ticks = 0;
     const interval = setInterval(() => ticks++, 10);
     const started = Date.now();
     const pending = adapter.unbindTarget(1);
-    assert.ok(Date.now() - started < 100, 'the call returns before the service answers');
+    assert.ok(Date.now() - started < 300, 'the call returns long before the service answers');
     await host.carService.waitForCalls('StopBindTarget', 1);
     assert.equal(await pending, 0);
     clearInterval(interval);
