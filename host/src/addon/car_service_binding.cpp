@@ -233,15 +233,8 @@ napi_value EmitMany(const CallArgs &args)
         }
     }
     auto job = std::make_unique<EmitManyJob>(std::move(emission), count, threads, sequenceArg);
-    napi_value promise = nullptr;
-    Check(env, napi_create_promise(env, &job->deferred, &promise));
-    Check(env, napi_create_async_work(env, nullptr, MakeString(env, "emitMany"), EmitManyJob::Execute,
-                                      EmitManyJob::Complete, job.get(), &job->work));
-    napi_status queued = napi_queue_async_work(env, job->work);
-    if (queued != napi_ok) {
-        napi_delete_async_work(env, job->work);
-        Check(env, queued);
-    }
+    napi_value promise = QueuePromisedWork(env, MakeString(env, "emitMany"), EmitManyJob::Execute,
+                                           EmitManyJob::Complete, job.get(), job->deferred, job->work);
     job.release();
     return promise;
 }

@@ -46,15 +46,8 @@ napi_value RunAsyncWork(const CallArgs &args)
     napi_env env = args.Env();
     napi_value name = MakeString(env, ToStdString(env, args.At(0), "work name"));
     auto named = std::make_unique<NamedNoOpWork>();
-    napi_value promise = nullptr;
-    Check(env, napi_create_promise(env, &named->deferred, &promise));
-    Check(env, napi_create_async_work(env, nullptr, name, NamedNoOpWork::Execute, NamedNoOpWork::Complete, named.get(),
-                                      &named->work));
-    napi_status queued = napi_queue_async_work(env, named->work);
-    if (queued != napi_ok) {
-        napi_delete_async_work(env, named->work);
-        Check(env, queued);
-    }
+    napi_value promise = QueuePromisedWork(env, name, NamedNoOpWork::Execute, NamedNoOpWork::Complete, named.get(),
+                                           named->deferred, named->work);
     named.release();
     return promise;
 }

@@ -192,6 +192,20 @@ void DefineFunction(napi_env env, napi_value exports, const char *name, napi_cal
     Check(env, napi_create_function(env, name, NAPI_AUTO_LENGTH, callback, nullptr, &function));
     SetProperty(env, exports, name, function);
 }
+napi_value QueuePromisedWork(napi_env env, napi_value name, napi_async_execute_callback execute,
+                             napi_async_complete_callback complete, void *data, napi_deferred &deferred,
+                             napi_async_work &work)
+{
+    napi_value promise = nullptr;
+    Check(env, napi_create_promise(env, &deferred, &promise));
+    Check(env, napi_create_async_work(env, nullptr, name, execute, complete, data, &work));
+    napi_status queued = napi_queue_async_work(env, work);
+    if (queued != napi_ok) {
+        napi_delete_async_work(env, work);
+        Check(env, queued);
+    }
+    return promise;
+}
 } // namespace Addon
 } // namespace Host
 } // namespace OHOS

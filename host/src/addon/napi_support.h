@@ -74,6 +74,13 @@ napi_value MakeArray(napi_env env, const std::vector<napi_value> &items);
 void SetProperty(napi_env env, napi_value object, const char *name, napi_value value);
 napi_value MakeError(napi_env env, const std::string &message);
 
+// Creates a promise and queues an async work named `name` with `data`, which holds the promise's `deferred` and
+// the `work` handle for the completion to settle and delete. A work that cannot be queued is deleted and the
+// failure thrown as JsError. Returns the promise.
+napi_value QueuePromisedWork(napi_env env, napi_value name, napi_async_execute_callback execute,
+                             napi_async_complete_callback complete, void *data, napi_deferred &deferred,
+                             napi_async_work &work);
+
 // Calls `Body` and throws any JsError it raised into JS, unless an exception is pending already.
 template <napi_value (*Body)(const CallArgs &args)> napi_value Export(napi_env env, napi_callback_info info)
 {
