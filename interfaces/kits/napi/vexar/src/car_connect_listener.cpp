@@ -216,46 +216,21 @@ bool CarConnectListener::CallListenerFunction(napi_value thisVar, const nlohmann
     return napi_call_function(env_, thisVar, function, row.argc, argv, nullptr) == napi_ok;
 }
 
-bool CarConnectListener::OnBindResult(napi_value thisVar, const nlohmann::json &event)
-{
-    LOGI("CarConnectListener OnBindResult.");
-    return CallListenerFunction(thisVar, event, BIND_RESULT_ROW);
-}
+// Each handler logs its own line, then calls its row's listener function.
+#define DEFINE_EVENT_HANDLER(handler, infoText, row)                                                                   \
+    bool CarConnectListener::handler(napi_value thisVar, const nlohmann::json &event)                                  \
+    {                                                                                                                  \
+        LOGI(infoText);                                                                                                \
+        return CallListenerFunction(thisVar, event, row);                                                              \
+    }
 
-bool CarConnectListener::OnDataReceive(napi_value thisVar, const nlohmann::json &event)
-{
-    LOGI("CarConnectListener OnDataReceive.");
-    return CallListenerFunction(thisVar, event, DATA_RECEIVE_ROW);
-}
-
-bool CarConnectListener::OnDeviceStateChange(napi_value thisVar, const nlohmann::json &event)
-{
-    LOGI("CarConnectListener OnDeviceStateChange.");
-    return CallListenerFunction(thisVar, event, DEVICE_STATE_CHANGE_ROW);
-}
-
-bool CarConnectListener::OnDeviceChange(napi_value thisVar, const nlohmann::json &event)
-{
-    LOGI("CarConnectListener OnDeviceChange.");
-    return CallListenerFunction(thisVar, event, DEVICE_CHANGE_ROW);
-}
-
-bool CarConnectListener::OnDeviceServiceStateChange(napi_value thisVar, const nlohmann::json &event)
-{
-    LOGI("CarConnectListener OnDeviceServiceStateChange.");
-    return CallListenerFunction(thisVar, event, DEVICE_SERVICE_STATE_CHANGE_ROW);
-}
-
-bool CarConnectListener::OnSurfaceTransferOnEvent(napi_value thisVar, const nlohmann::json &event)
-{
-    LOGI("CarConnectListener onSurfaceTransferOnEvent.");
-    return CallListenerFunction(thisVar, event, SURFACE_TRANSFER_ROW);
-}
-
-bool CarConnectListener::OnDisconnectResult(napi_value thisVar, const nlohmann::json &event)
-{
-    LOGI("CarConnectListener OnDisconnectResult.");
-    return CallListenerFunction(thisVar, event, DISCONNECT_RESULT_ROW);
-}
+DEFINE_EVENT_HANDLER(OnBindResult, "CarConnectListener OnBindResult.", BIND_RESULT_ROW)
+DEFINE_EVENT_HANDLER(OnDataReceive, "CarConnectListener OnDataReceive.", DATA_RECEIVE_ROW)
+DEFINE_EVENT_HANDLER(OnDeviceStateChange, "CarConnectListener OnDeviceStateChange.", DEVICE_STATE_CHANGE_ROW)
+DEFINE_EVENT_HANDLER(OnDeviceChange, "CarConnectListener OnDeviceChange.", DEVICE_CHANGE_ROW)
+DEFINE_EVENT_HANDLER(OnDeviceServiceStateChange, "CarConnectListener OnDeviceServiceStateChange.",
+                     DEVICE_SERVICE_STATE_CHANGE_ROW)
+DEFINE_EVENT_HANDLER(OnSurfaceTransferOnEvent, "CarConnectListener onSurfaceTransferOnEvent.", SURFACE_TRANSFER_ROW)
+DEFINE_EVENT_HANDLER(OnDisconnectResult, "CarConnectListener OnDisconnectResult.", DISCONNECT_RESULT_ROW)
 } // namespace TravelService
 } // namespace OHOS
