@@ -17,7 +17,7 @@
 
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const { host, rovanta, LEVEL, resetHost, texts, moduleLines, validListener, delay } = require('./support/rovanta');
+const { host, rovanta, LEVEL, resetHost, texts, moduleLines, validListener, delay, until } = require('./support/rovanta');
 
 const LISTENER_FUNCTIONS = [
   'onBindResult',
@@ -44,14 +44,6 @@ function recordingListener(journal, session = '') {
 // an object whenever it runs, which may be in the middle of a delivery.
 function deliveryTexts() {
   return texts().filter((text) => text !== 'operator()# delete js object');
-}
-
-async function until(condition, what, timeoutMs = 2000) {
-  const deadline = Date.now() + timeoutMs;
-  while (!condition()) {
-    if (Date.now() > deadline) throw new Error(`timed out waiting for ${what}`);
-    await delay(2);
-  }
 }
 
 function registrationCalls() {

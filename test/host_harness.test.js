@@ -18,7 +18,7 @@
 // The host harness that every other suite stands on: what its stand-ins record and refuse.
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, delay } = require('./support/rovanta');
+const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, until } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
 
@@ -67,7 +67,7 @@ test.describe('the simulated car service', () => {
     const adapter = rovanta.getCarConnectAdapter();
     adapter.registerConnectListener('s', validListener());
     await host.carService.waitForCalls('RegisterCarConnectListener', 1);
-    while (!host.carService.isRegistered()) await delay(1);
+    await until(() => host.carService.isRegistered(), 'the callback record');
     assert.throws(() => host.carService.emit('OnDeviceChange'), Error);
     assert.throws(() => host.carService.emit('OnDataReceive', 'x', 'y'), Error);
     assert.throws(() => host.carService.emit('NoSuchCallback', 1), Error);
@@ -98,7 +98,7 @@ test.describe('the simulated car service', () => {
     assert.equal(await adapter.getDeviceInfo(), '');
     adapter.registerConnectListener('s', validListener());
     await host.carService.waitForCalls('RegisterCarConnectListener', 1);
-    while (!host.carService.isRegistered()) await delay(1);
+    await until(() => host.carService.isRegistered(), 'the callback record');
     host.carService.reset();
     assert.equal(host.carService.isRegistered(), false);
   });

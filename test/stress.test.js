@@ -21,7 +21,7 @@
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
-const { host, rovanta, resetHost, validListener, delay } = require('./support/rovanta');
+const { host, rovanta, resetHost, validListener, until } = require('./support/rovanta');
 
 const SECONDS = Number(process.env.ROVANTA_STRESS_SECONDS || 3);
 const BURST = Number(process.env.ROVANTA_STRESS_BURST || 5000);
@@ -46,7 +46,7 @@ function burst() {
 
 async function registered(adapter, session, listener) {
   adapter.registerConnectListener(session, listener);
-  while (!host.carService.isRegistered()) await delay(1);
+  await until(() => host.carService.isRegistered(), 'the callback record');
 }
 
 // Runs `step` on the script thread, yielding between steps, until `done` settles.

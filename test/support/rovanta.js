@@ -70,6 +70,15 @@ function delay(ms) {
   return new Promise((resolve) => setTimeout(resolve, ms));
 }
 
+// Polls `condition` until it holds; fails the test, naming `what`, after timeoutMs.
+async function until(condition, what, timeoutMs = 2000) {
+  const deadline = Date.now() + timeoutMs;
+  while (!condition()) {
+    if (Date.now() > deadline) throw new Error(`timed out waiting for ${what}`);
+    await delay(2);
+  }
+}
+
 module.exports = {
   host,
   rovanta,
@@ -84,4 +93,5 @@ module.exports = {
   texts,
   linesDuring,
   delay,
+  until,
 };
