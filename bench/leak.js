@@ -15,14 +15,21 @@
 
 'use strict';
 
-// Memory of the process across 100,000 service calls and 100,000 delivered events, each measured after a
-// warm-up round of the same size (so that the allocator's high-water mark is reached first): run with --expose-gc. Prints one JSON line per phase (RSS in bytes before and after, growth).
+// Memory of the process across 100,000 service calls, 100,000 delivered events and 1,000 turns of the main
+// thread and a worker taking turns at making adapters, each measured after a warm-up round of the same size (so
+// that the allocator's high-water mark is reached first): run with --expose-gc. Prints one JSON line per phase
+// (RSS in bytes before and after, growth).
+const { Worker } = require('node:worker_threads');
+const path = require('node:path');
 const host = require('../host');
 
 const rovanta = host.requireNapi('carService.rovanta');
 const COUNT = Number(process.env.ROVANTA_LEAK_COUNT || 100000);
 const IN_FLIGHT = 64;
 const EVENT_CHUNK = 2000;
+const TURNS = Number(process.env.ROVANTA_LEAK_TURNS || 1000);
+// What each main-thread listener holds, so that a manager kept beyond its replacement shows in the figure.
+const LISTENER_PAYLOAD_BYTES = 200 * 1024;
 
 if (typeof global.gc !== 'function') {
   console.error('run with node --expose-gc');
@@ -61,12 +68,46 @@ async function events(total) {
   }
 }
 
-async function measure(name, work) {
-  await work(COUNT);
+// The worker makes an adapter whenever asked, replacing the main thread's manager from its own thread.
+function adapterWorker() {
+  const source = `
+    const { parentPort } = require('node:worker_threads');
+    const rovanta = require(${JSON.stringify(path.join(__dirname, '..', 'host'))}).requireNapi('carService.rovanta');
+    parentPort.on('message', (request) => {
+      if (request === 'collect') for (let round = 0; round < 3; round++) global.gc();
+      else rovanta.getCarConnectAdapter();
+      parentPort.postMessage(request);
+    });
+  `;
+  const worker = new Worker(source, { eval: true });
+  let answer = null;
+  worker.on('message', () => answer.resolve());
+  worker.on('error', (error) => answer.reject(error));
+  const ask = (request) =>
+    new Promise((resolve, reject) => {
+      answer = { resolve, reject };
+      worker.postMessage(request);
+    });
+  return { replace: () => ask('replace'), collect: () => ask('collect'), end: () => worker.terminate() };
+}
+
+async function alternatingTurns(worker, total) {
+  for (let turn = 0; turn < total; turn++) {
+    const payload = String(turn).padEnd(LISTENER_PAYLOAD_BYTES, '.');
+    rovanta.getCarConnectAdapter().registerConnectListener('turn', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, payload });
+    await worker.replace();
+  }
+  // The replaced managers are destroyed on the main thread once it gets to them; the worker's garbage is its own.
+  await new Promise((resolve) => setImmediate(resolve));
+  await worker.collect();
+}
+
+async function measure(name, work, count = COUNT) {
+  await work(count);
   const before = settledRss();
-  await work(COUNT);
+  await work(count);
   const after = settledRss();
-  return { phase: name, count: COUNT, rssBefore: before, rssAfter: after, growth: after - before };
+  return { phase: name, count, rssBefore: before, rssAfter: after, growth: after - before };
 }
 
 async function main() {
@@ -84,6 +125,9 @@ async function main() {
 
   const results = [await measure('service calls', (n) => calls(adapter, n)), await measure('delivered events', events)];
   results[1].delivered = delivered;
+  const worker = adapterWorker();
+  results.push(await measure('alternating threads', (n) => alternatingTurns(worker, n), TURNS));
+  await worker.end();
   for (const result of results) console.log(JSON.stringify(result));
 }
 

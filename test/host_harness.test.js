@@ -18,7 +18,7 @@
 // The host harness that every other suite stands on: what its stand-ins record and refuse.
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, until } = require('./support/rovanta');
+const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, register } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
 
@@ -65,9 +65,7 @@ test.describe('the simulated car service', () => {
   test('emit refuses without a registered record, with a wrong arity, and with a wrong type', async () => {
     assert.throws(() => host.carService.emit('OnDeviceChange', 1), Error);
     const adapter = rovanta.getCarConnectAdapter();
-    adapter.registerConnectListener('s', validListener());
-    await host.carService.waitForCalls('RegisterCarConnectListener', 1);
-    await until(() => host.carService.isRegistered(), 'the callback record');
+    await register(adapter, 's', validListener());
     assert.throws(() => host.carService.emit('OnDeviceChange'), Error);
     assert.throws(() => host.carService.emit('OnDataReceive', 'x', 'y'), Error);
     assert.throws(() => host.carService.emit('NoSuchCallback', 1), Error);
@@ -96,9 +94,7 @@ test.describe('the simulated car service', () => {
     assert.equal(await adapter.castOperation(1), 0);
     assert.ok(Date.now() - started < 500);
     assert.equal(await adapter.getDeviceInfo(), '');
-    adapter.registerConnectListener('s', validListener());
-    await host.carService.waitForCalls('RegisterCarConnectListener', 1);
-    await until(() => host.carService.isRegistered(), 'the callback record');
+    await register(adapter, 's', validListener());
     host.carService.reset();
     assert.equal(host.carService.isRegistered(), false);
   });

@@ -28,6 +28,8 @@ const {
   resetHost,
   moduleLines,
   texts,
+  until,
+  completedRegistrations,
 } = require('./support/rovanta');
 
 const NON_SYSTEM_MESSAGE = 'Permission denied, non-system app called system api.';
@@ -94,6 +96,16 @@ test.describe('factory and class', () => {
       assert.equal(line.level, LEVEL.INFO);
       assert.ok(line.format.startsWith('%{public}s# '));
     }
+  });
+
+  test('a replaced client is destroyed at the replacement, even while its registration is still retrying', async () => {
+    host.carService.failRegistrations(2);
+    const adapter = rovanta.getCarConnectAdapter();
+    adapter.registerConnectListener('s', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
+    host.hilog.clear();
+    rovanta.getCarConnectAdapter();
+    assert.ok(texts().includes('~CarAdapterClient# ~CarAdapterClient'), texts().join('\n'));
+    await until(() => completedRegistrations() === 1, 'the registration');
   });
 
   test('constructing with new is a construction like any other and passes no gate', () => {

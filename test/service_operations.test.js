@@ -240,6 +240,25 @@ test.describe('values as the service receives them', () => {
   });
 });
 
+test.describe('one outcome per call', () => {
+  test('a map whose keys cannot be listed ends the call with that error, and nothing reaches the service', async () => {
+    const trapError = new Error('keys refused');
+    const refusingKeys = new Proxy({}, { ownKeys() { throw trapError; } });
+    const revocable = Proxy.revocable({}, {});
+    revocable.revoke();
+    let callbacks = 0;
+    for (const map of [refusingKeys, revocable.proxy]) {
+      assert.throws(() => adapter.startSurfaceTransfer(map), map === refusingKeys ? trapError : TypeError);
+      assert.throws(() => adapter.startSurfaceTransfer(map, () => callbacks++), map === refusingKeys ? trapError : TypeError);
+      assert.throws(() => adapter.bindTarget(1, map, () => callbacks++), map === refusingKeys ? trapError : TypeError);
+    }
+    // Work queued before this call has run by the time it settles.
+    await Promise.all(Array.from({ length: 8 }, () => adapter.castOperation(1)));
+    assert.deepEqual(host.carService.calls().map((call) => call.member), new Array(8).fill('CastOperation'));
+    assert.equal(callbacks, 0);
+  });
+});
+
 test.describe('results', () => {
   test('a non-zero service code resolves the promise and is the callback argument, never a rejection', async () => {
     host.carService.setResult('CastOperation', -1);

@@ -102,6 +102,47 @@ test.describe('process teardown', () => {
   });
 });
 
+test.describe('registration threads at the end of the process', () => {
+  // Registrations retry against an absent service while the process ends: the threads still running must not
+  // touch what the process frees on its way out.
+  const RETRYING_REGISTRATIONS = `
+    const host = require(${HOST});
+    const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+    host.carService.failRegistrations(1000000);
+    for (let i = 0; i < 1000; i++) adapter.registerConnectListener('s' + i, { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
+  `;
+
+  test('process.exit while a thousand registrations retry', () => {
+    for (let run = 0; run < 3; run++) {
+      assertCleanExit(runChild(`${RETRYING_REGISTRATIONS} process.exit(0);`, { leakCheck: false }));
+    }
+  });
+
+  test('the end of the script while a thousand registrations retry', () => {
+    for (let run = 0; run < 3; run++) {
+      assertCleanExit(runChild(RETRYING_REGISTRATIONS));
+    }
+  });
+
+  test('a flood of registrations keeps the number of threads bounded', { skip: process.platform !== 'linux' && 'counts /proc/self/task' }, () => {
+    const child = runChild(`
+      const fs = require('node:fs');
+      const threads = () => fs.readdirSync('/proc/self/task').length;
+      const host = require(${HOST});
+      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+      host.carService.failRegistrations(1000000);
+      adapter.castOperation(1);
+      const before = threads();
+      for (let i = 0; i < 5000; i++) adapter.registerConnectListener('s', {});
+      console.log(JSON.stringify({ before, after: threads() }));
+      process.exit(0);
+    `, { leakCheck: false });
+    assertCleanExit(child);
+    const { before, after } = JSON.parse(child.stdout);
+    assert.ok(after - before <= 8, `${after - before} threads started for 5000 registrations`);
+  });
+});
+
 test.describe('worker threads', () => {
   const WORKER_SCRIPT = `
     const { parentPort } = require('node:worker_threads');
@@ -160,4 +201,82 @@ test.describe('worker threads', () => {
   test('a worker loads the module, runs operations and ends; its references go with it', () => runWorkerScenario(false));
 
   test('a worker ends with a service call in flight; the main thread carries on', () => runWorkerScenario(true));
+
+  // The worker's environment refuses every property read once it is going away; the call must end quietly there
+  // instead of taking the fatal path that a refused read in a live environment takes.
+  test('a worker terminated while it converts maps ends alone', () => {
+    const child = runChild(`
+      const { Worker } = require('node:worker_threads');
+      const host = require(${HOST});
+      const rovanta = host.requireNapi('carService.rovanta');
+      const LOOP = \`
+        const { parentPort } = require('node:worker_threads');
+        const adapter = require(${HOST}).requireNapi('carService.rovanta').getCarConnectAdapter();
+        const map = {};
+        for (let i = 0; i < 1000; i++) map['key' + i] = 'value' + i;
+        parentPort.postMessage('looping');
+        for (;;) { adapter.startSurfaceTransfer(map); adapter.bindTarget(1, map); }
+      \`;
+      (async () => {
+        for (let run = 0; run < 8; run++) {
+          const worker = new Worker(LOOP, { eval: true });
+          await new Promise((resolve) => worker.once('message', resolve));
+          await worker.terminate();
+        }
+        console.log(await rovanta.getCarConnectAdapter().castOperation(1));
+      })();
+    `, { leakCheck: false });
+    assertCleanExit(child);
+    assert.equal(child.stdout.trim(), '0');
+  });
+
+  test('a worker whose getter ends the worker with process.exit ends alone', () => {
+    const child = runChild(`
+      const { Worker } = require('node:worker_threads');
+      const host = require(${HOST});
+      const rovanta = host.requireNapi('carService.rovanta');
+      const EXITING = \`
+        const adapter = require(${HOST}).requireNapi('carService.rovanta').getCarConnectAdapter();
+        adapter.startSurfaceTransfer({ a: 'b', get c() { process.exit(0); } }, () => {});
+        require('node:worker_threads').parentPort.postMessage('survived');
+      \`;
+      const worker = new Worker(EXITING, { eval: true });
+      const messages = [];
+      worker.on('message', (message) => messages.push(message));
+      worker.once('exit', async (code) => {
+        console.log(JSON.stringify({ code, messages, calls: host.carService.calls().length, main: await rovanta.getCarConnectAdapter().castOperation(1) }));
+      });
+    `, { leakCheck: false });
+    assertCleanExit(child);
+    assert.deepEqual(JSON.parse(child.stdout), { code: 0, messages: [], calls: 0, main: 0 });
+  });
+
+  // A manager replaced from another script thread is destroyed on its own thread soon after, and drops the events
+  // queued before the replacement, as one replaced on its own thread does.
+  test("an adapter made on a worker retires the main thread's manager: its queued events are dropped", () => {
+    const child = runChild(`
+      const { Worker } = require('node:worker_threads');
+      const host = require(${HOST});
+      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+      let delivered = 0;
+      adapter.registerConnectListener('main', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, onDeviceChange() { delivered++; } });
+      (async () => {
+        while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+        const replaced = new Int32Array(new SharedArrayBuffer(4));
+        for (let i = 0; i < 1000; i++) host.carService.emit('OnDeviceChange', i);
+        const worker = new Worker(\`
+          const { workerData } = require('node:worker_threads');
+          require(${HOST}).requireNapi('carService.rovanta').getCarConnectAdapter();
+          Atomics.store(workerData, 0, 1);
+          Atomics.notify(workerData, 0);
+        \`, { eval: true, workerData: replaced });
+        Atomics.wait(replaced, 0, 0, 30000);
+        await host.mainRunner.whenIdle();
+        await worker.terminate();
+        console.log(JSON.stringify({ replaced: replaced[0], delivered }));
+      })();
+    `, { leakCheck: false });
+    assertCleanExit(child);
+    assert.deepEqual(JSON.parse(child.stdout), { replaced: 1, delivered: 0 });
+  });
 });

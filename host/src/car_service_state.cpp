@@ -48,7 +48,9 @@ constexpr ParamKind STRING = ParamKind::STRING;
 
 const std::vector<SlotBinding> &SlotBindings()
 {
-    static const std::vector<SlotBinding> bindings = {
+    // This table and the two below are never destroyed: registration and service threads may still read them
+    // while the process runs its static destructors.
+    static const std::vector<SlotBinding> &bindings = *new std::vector<SlotBinding>{
         {{"OnBindResult", {STRING, INTEGER, INTEGER, STRING}},
          [](const EventListener &l) { return l.onBindResult != nullptr; },
          [](const EventListener &l, const std::vector<EmitArg> &a) {
@@ -102,7 +104,7 @@ std::string Signature(const CallbackSlot &slot)
 
 const std::vector<std::string> &MemberNames()
 {
-    static const std::vector<std::string> names = {
+    static const std::vector<std::string> &names = *new std::vector<std::string>{
         "RegisterCarConnectListener",
         "UnRegisterCarConnectListener",
         "StartBindTarget",
@@ -120,13 +122,13 @@ const std::vector<std::string> &MemberNames()
 
 const std::vector<CallbackSlot> &CallbackSlots()
 {
-    static const std::vector<CallbackSlot> slots = [] {
+    static const std::vector<CallbackSlot> &slots = *new std::vector<CallbackSlot>([] {
         std::vector<CallbackSlot> collected;
         for (const SlotBinding &binding : SlotBindings()) {
             collected.push_back(binding.slot);
         }
         return collected;
-    }();
+    }());
     return slots;
 }
 

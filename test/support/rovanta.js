@@ -79,6 +79,20 @@ async function until(condition, what, timeoutMs = 2000) {
   }
 }
 
+// Registration threads that have registered the callback record and logged it.
+function completedRegistrations() {
+  return texts().filter((text) => text === 'InitCallback# InitCallback success').length;
+}
+
+// Registers and waits until the registration of the call is done: the car service holds the callback record, and
+// neither a late registration nor its log line can fall into what the test does next.
+async function register(adapter, session, listener) {
+  const completedBefore = completedRegistrations();
+  const result = adapter.registerConnectListener(session, listener);
+  await until(() => completedRegistrations() > completedBefore, 'the registration');
+  return result;
+}
+
 module.exports = {
   host,
   rovanta,
@@ -94,4 +108,6 @@ module.exports = {
   linesDuring,
   delay,
   until,
+  completedRegistrations,
+  register,
 };

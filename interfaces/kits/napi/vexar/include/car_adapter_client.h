@@ -44,7 +44,7 @@ enum NapiFuncType : int32_t {
 
 // The native object behind a script adapter object. It keeps no state of its own: the listener manager it
 // creates is module-wide.
-class CarAdapterClient : public std::enable_shared_from_this<CarAdapterClient> {
+class CarAdapterClient {
 public:
     CarAdapterClient(napi_env env, napi_value thisVar);
     ~CarAdapterClient();
@@ -66,8 +66,8 @@ public:
     napi_value GetDeviceInfo(napi_env env, napi_callback_info info);
     napi_value SendEventTo(napi_env env, napi_callback_info info);
 
-    // Registers the service callbacks with the car service; runs on a registration thread.
-    void InitCallback();
+    // Registers the service callbacks with the car service; runs on a registration thread and uses no client.
+    static void InitCallback();
 
     // Service callbacks, called on the car service's threads.
     static void OnBindResult(std::string deviceId, int result, int status, std::string content);
@@ -78,7 +78,9 @@ public:
     static void OnSurfaceTransferOnEvent(int code, int eventId, std::string category);
     static void OnDisconnectResult(int result);
 
-    // Drops the current listener manager if it belongs to env, which is being torn down.
+    // Prepares env, a script thread importing the module, for destroying its replaced listener managers there.
+    static void AttachEnvironment(napi_env env);
+    // Drops the listener managers that belong to env, which is being torn down.
     static void ReleaseListenerManager(napi_env env);
 
 private:

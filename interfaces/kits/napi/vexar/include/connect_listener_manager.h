@@ -16,6 +16,7 @@
 #ifndef INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CONNECT_LISTENER_MANAGER_H
 #define INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CONNECT_LISTENER_MANAGER_H
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -44,6 +45,11 @@ public:
     void PublishEvent(const nlohmann::json &event);
     // Any thread.
     void QueueWork(const nlohmann::json &event);
+    // Called when a newer manager replaces this one: events not yet delivered are dropped from then on.
+    void Retire()
+    {
+        retired_ = true;
+    }
 
     napi_env GetEnv() const
     {
@@ -63,6 +69,7 @@ private:
     std::shared_ptr<OHOS::AppExecFwk::EventHandler> handler_;
     // The thread of env_: the only one on which its script values may be touched.
     std::thread::id envThread_;
+    std::atomic<bool> retired_{false};
 };
 } // namespace TravelService
 } // namespace OHOS

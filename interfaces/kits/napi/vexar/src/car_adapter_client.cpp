@@ -17,8 +17,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
 #include <iterator>
+#include <map>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -41,17 +44,81 @@ constexpr int REGISTER_ATTEMPTS = 3;
 constexpr int REGISTER_RETRY_INTERVAL_MS = 50;
 constexpr size_t REGISTER_LISTENER_MAX_ARGC = 5;
 constexpr size_t REGISTER_LISTENER_ARGC = 2;
+// Registration threads alive at once, however many calls arrive; further registrations wait for one of them.
+constexpr size_t MAX_REGISTRATION_THREADS = 8;
+// How long an idle registration thread waits for more work before it ends.
+constexpr std::chrono::seconds REGISTRATION_THREAD_IDLE_TIME(1);
 
 using ManagerPtr = std::shared_ptr<ConnectListenerManager>;
 
+// Every registerConnectListener call leads to one registration with the car service. A flood of calls must not
+// exhaust the process's threads, so the registrations run on a bounded set of detached threads. The queue is
+// never destroyed: its threads may still run while the process runs its static destructors.
+class RegistrationThreads {
+public:
+    static RegistrationThreads &Get()
+    {
+        static RegistrationThreads *threads = new RegistrationThreads();
+        return *threads;
+    }
+
+    // Never throws: when no thread can be started, the registration waits for the next thread that can.
+    void Start()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        ++pending_;
+        if (idle_ > 0) {
+            workAvailable_.notify_one();
+            return;
+        }
+        if (running_ >= MAX_REGISTRATION_THREADS) {
+            return;
+        }
+        try {
+            std::thread(&RegistrationThreads::Run, this).detach();
+            ++running_;
+        } catch (const std::system_error &) {
+            LOGE("no registration thread available");
+        }
+    }
+
+private:
+    void Run()
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        for (;;) {
+            ++idle_;
+            bool hasWork =
+                workAvailable_.wait_for(lock, REGISTRATION_THREAD_IDLE_TIME, [this] { return pending_ > 0; });
+            --idle_;
+            if (!hasWork) {
+                --running_;
+                return;
+            }
+            --pending_;
+            lock.unlock();
+            CarAdapterClient::InitCallback();
+            lock.lock();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable workAvailable_;
+    size_t pending_ = 0;
+    size_t running_ = 0;
+    size_t idle_ = 0;
+};
+
 // The current manager is read by the car service's threads while a script thread replaces it, so every access
-// goes through this lock. The slot and the list of retired managers are never destroyed: service threads may
-// still queue events while the process runs its static destructors. A manager is destroyed only on the thread
-// of its own environment (it deletes script references there): one released on another thread waits in the
-// retired list until its environment is torn down.
+// goes through this lock. The slot, the list of retired managers and the disposers are never destroyed:
+// service threads may still queue events while the process runs its static destructors. A manager is destroyed
+// only on the thread of its own environment (it deletes script references there): one replaced from another
+// script thread waits in the retired list until its environment's disposer runs on that thread.
 std::mutex g_listenerManagerMutex;
 ManagerPtr &listenerManager = *new ManagerPtr();
 std::vector<ManagerPtr> &retiredManagers = *new std::vector<ManagerPtr>();
+// One per environment that imported the module: runs the destruction of its retired managers on its thread.
+std::map<napi_env, napi_threadsafe_function> &disposers = *new std::map<napi_env, napi_threadsafe_function>();
 
 ManagerPtr CurrentListenerManager()
 {
@@ -59,14 +126,49 @@ ManagerPtr CurrentListenerManager()
     return listenerManager;
 }
 
-// Returns what must be destroyed by the caller, outside the lock, on the calling thread.
-ManagerPtr RetireIfForeign(ManagerPtr manager)
+// Called with the lock held. The managers of env leave the retired list, to be destroyed by the caller outside
+// the lock.
+std::vector<ManagerPtr> TakeRetiredManagersLocked(napi_env env)
 {
-    if (manager != nullptr && manager->GetEnvThread() != std::this_thread::get_id()) {
-        retiredManagers.push_back(std::move(manager));
+    std::vector<ManagerPtr> taken;
+    auto ofEnv = std::stable_partition(retiredManagers.begin(), retiredManagers.end(),
+                                       [env](const ManagerPtr &manager) { return manager->GetEnv() != env; });
+    std::move(ofEnv, retiredManagers.end(), std::back_inserter(taken));
+    retiredManagers.erase(ofEnv, retiredManagers.end());
+    return taken;
+}
+
+// Runs on the disposer's environment thread; a null env means the disposer itself is being torn down.
+void DisposeRetiredManagers(napi_env env, napi_value, void *, void *)
+{
+    if (env == nullptr) {
+        return;
+    }
+    std::vector<ManagerPtr> disposed;
+    {
+        std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
+        disposed = TakeRetiredManagersLocked(env);
+    }
+}
+
+// Called with the lock held. Returns what must be destroyed by the caller, outside the lock, on the calling
+// thread; a manager of another thread is handed to its environment's disposer instead.
+ManagerPtr RetireLocked(ManagerPtr manager)
+{
+    if (manager == nullptr) {
         return nullptr;
     }
-    return manager;
+    // Only the current manager's listeners receive events, also those queued before the replacement.
+    manager->Retire();
+    if (manager->GetEnvThread() == std::this_thread::get_id()) {
+        return manager;
+    }
+    auto disposer = disposers.find(manager->GetEnv());
+    retiredManagers.push_back(std::move(manager));
+    if (disposer != disposers.end()) {
+        (void)napi_call_threadsafe_function(disposer->second, nullptr, napi_tsfn_nonblocking);
+    }
+    return nullptr;
 }
 
 void ReplaceListenerManager(ManagerPtr manager)
@@ -74,7 +176,7 @@ void ReplaceListenerManager(ManagerPtr manager)
     ManagerPtr previous;
     {
         std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
-        previous = RetireIfForeign(std::exchange(listenerManager, std::move(manager)));
+        previous = RetireLocked(std::exchange(listenerManager, std::move(manager)));
     }
 }
 
@@ -126,19 +228,43 @@ CarAdapterClient::~CarAdapterClient()
     LOGI("~CarAdapterClient");
 }
 
+void CarAdapterClient::AttachEnvironment(napi_env env)
+{
+    napi_value resourceName = nullptr;
+    napi_threadsafe_function disposer = nullptr;
+    if (napi_create_string_utf8(env, "DisposeRetiredManagers", NAPI_AUTO_LENGTH, &resourceName) != napi_ok ||
+        napi_create_threadsafe_function(env, nullptr, nullptr, resourceName, 0, 1, nullptr, nullptr, nullptr,
+                                        DisposeRetiredManagers, &disposer) != napi_ok) {
+        // Managers of this environment replaced from other threads then wait for its teardown.
+        LOGE("no disposer for this environment");
+        return;
+    }
+    // It never keeps the environment's event loop alive.
+    (void)napi_unref_threadsafe_function(env, disposer);
+    std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
+    disposers[env] = disposer;
+}
+
 void CarAdapterClient::ReleaseListenerManager(napi_env env)
 {
     std::vector<ManagerPtr> released;
+    napi_threadsafe_function disposer = nullptr;
     {
         std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
         if (listenerManager != nullptr && listenerManager->GetEnv() == env) {
             released.push_back(std::move(listenerManager));
             listenerManager = nullptr;
         }
-        auto ofEnv = std::stable_partition(retiredManagers.begin(), retiredManagers.end(),
-                                           [env](const ManagerPtr &manager) { return manager->GetEnv() != env; });
-        std::move(ofEnv, retiredManagers.end(), std::back_inserter(released));
-        retiredManagers.erase(ofEnv, retiredManagers.end());
+        std::vector<ManagerPtr> retired = TakeRetiredManagersLocked(env);
+        std::move(retired.begin(), retired.end(), std::back_inserter(released));
+        auto entry = disposers.find(env);
+        if (entry != disposers.end()) {
+            disposer = entry->second;
+            disposers.erase(entry);
+        }
+    }
+    if (disposer != nullptr) {
+        (void)napi_release_threadsafe_function(disposer, napi_tsfn_abort);
     }
 }
 
@@ -177,8 +303,8 @@ napi_value CarAdapterClient::GetCarConnectAdapter(napi_env env, napi_callback_in
 napi_value CarAdapterClient::RegisterConnectListener(napi_env env, napi_callback_info info)
 {
     LOGI("CarAdapterClient RegisterConnectListener");
-    // The thread shares ownership of this client, which a newer adapter object may release meanwhile.
-    std::thread(&CarAdapterClient::InitCallback, shared_from_this()).detach();
+    // The registration uses nothing of this client, which a newer adapter object may release meanwhile.
+    RegistrationThreads::Get().Start();
 
     size_t argc = REGISTER_LISTENER_MAX_ARGC;
     napi_value argv[REGISTER_LISTENER_MAX_ARGC] = {nullptr};

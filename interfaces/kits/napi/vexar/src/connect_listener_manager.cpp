@@ -71,15 +71,15 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
         LOGE("handler is nullptr.");
         return;
     }
-    // The task holds the manager weakly: a manager replaced before its tasks run is never reached. It is
-    // locked only on the thread of its environment, so that the last owner is never another thread.
+    // The task holds the manager weakly: a manager replaced before its tasks run, destroyed or not yet, is never
+    // reached. It is locked only on the thread of its environment, so that the last owner is never another thread.
     std::weak_ptr<ConnectListenerManager> weakManager = weak_from_this();
     std::thread::id envThread = envThread_;
     auto task = [weakManager, envThread, eventCopy]() {
         if (std::this_thread::get_id() != envThread) {
             return;
         }
-        if (auto manager = weakManager.lock()) {
+        if (auto manager = weakManager.lock(); manager != nullptr && !manager->retired_) {
             manager->PublishEvent(eventCopy);
         }
     };

@@ -134,6 +134,7 @@ napi_value CarAdapterClientInit(napi_env env, napi_value exports)
         {"DiscoveryMode", nullptr, nullptr, DiscoveryMode, nullptr, nullptr, napi_default, nullptr},
     };
     napi_define_properties(env, exports, std::size(exportsDesc), exportsDesc);
+    CarAdapterClient::AttachEnvironment(env);
     napi_add_env_cleanup_hook(env, CleanupEnvironment, env);
     if (!DefineClass(env, exports)) {
         LOGE("DefineCarAdapterClient fail");

@@ -32,11 +32,15 @@ constexpr size_t STRING_BUFFER_SIZE = 4096;
 constexpr double INT64_RANGE_LIMIT = 9223372036854775808.0;
 
 // The element, property, boolean and number reads of the map conversion have no failure result: a refusal
-// there throws the platform's message and ends the process.
-[[noreturn]] void AbortWithLastNapiError(napi_env env)
+// there throws the platform's message and ends the process. An environment that is going away (a terminated
+// worker, a worker's own process.exit) refuses them too; that must not take every other thread with it, so the
+// call is left quietly there: the caller ends it once the arguments have been read.
+void AbortUnlessScriptEnding(napi_env env)
 {
     ThrowLastNapiError(env);
-    std::abort();
+    if (ScriptCanRun(env)) {
+        std::abort();
+    }
 }
 
 std::string NumberToText(double value)
@@ -77,6 +81,32 @@ napi_value CreateNapiError(napi_env env, int32_t code, const std::string &messag
     napi_create_string_utf8(env, message.c_str(), message.size(), &messageValue);
     napi_create_error(env, codeValue, messageValue, &error);
     return error;
+}
+
+bool ScriptCanRun(napi_env env)
+{
+    // A pending exception makes every engine refuse script work, whether or not it could run script, so it is
+    // taken for the probe and thrown again. The probe is the cheapest call that needs a running script engine.
+    napi_value exception = nullptr;
+    bool pending = false;
+    if (napi_is_exception_pending(env, &pending) == napi_ok && pending) {
+        (void)napi_get_and_clear_last_exception(env, &exception);
+    }
+    napi_value undefined = nullptr;
+    bool equal = false;
+    bool canRun = napi_get_undefined(env, &undefined) == napi_ok &&
+                  napi_strict_equals(env, undefined, undefined, &equal) == napi_ok;
+    if (canRun && exception != nullptr) {
+        (void)napi_throw(env, exception);
+    }
+    return canRun;
+}
+
+bool ArgumentsEndedCall(napi_env env)
+{
+    bool pending = false;
+    (void)napi_is_exception_pending(env, &pending);
+    return pending || !ScriptCanRun(env);
 }
 
 void ThrowLastNapiError(napi_env env)
@@ -134,7 +164,8 @@ std::string GetKey(napi_env env, napi_value keys, uint32_t index)
 {
     napi_value element = nullptr;
     if (napi_get_element(env, keys, index, &element) != napi_ok) {
-        AbortWithLastNapiError(env);
+        AbortUnlessScriptEnding(env);
+        return "";
     }
     std::string key;
     GetString(env, element, key);
@@ -145,7 +176,8 @@ std::string GetValue(napi_env env, std::string key, napi_value object)
 {
     napi_value property = nullptr;
     if (napi_get_named_property(env, object, key.c_str(), &property) != napi_ok) {
-        AbortWithLastNapiError(env);
+        AbortUnlessScriptEnding(env);
+        return "";
     }
     napi_valuetype type = GetType(env, property);
     switch (type) {
@@ -155,14 +187,16 @@ std::string GetValue(napi_env env, std::string key, napi_value object)
     case napi_boolean: {
         bool flag = false;
         if (napi_get_value_bool(env, property, &flag) != napi_ok) {
-            AbortWithLastNapiError(env);
+            AbortUnlessScriptEnding(env);
+            return "";
         }
         return flag ? "true" : "false";
     }
     case napi_number: {
         double number = 0;
         if (napi_get_value_double(env, property, &number) != napi_ok) {
-            AbortWithLastNapiError(env);
+            AbortUnlessScriptEnding(env);
+            return "";
         }
         return NumberToText(number);
     }

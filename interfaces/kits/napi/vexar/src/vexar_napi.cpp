@@ -237,6 +237,12 @@ napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *nam
     }
     T *context = new T();
     parser(env, paramNum + 1, argv, context);
+    // A call has one outcome: when reading the arguments ran script that threw, the call ends with that exception
+    // and nothing reaches the service; in an environment going away it ends quietly.
+    if (ArgumentsEndedCall(env)) {
+        FreeContext(env, context);
+        return nullptr;
+    }
     context->resultType = resultTypeMap[name];
     if (context->paramError && context->errCode != 0) {
         return SyncThrowParamError(env, context);
