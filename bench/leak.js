@@ -93,7 +93,7 @@ function adapterWorker() {
 
 async function alternatingTurns(worker, total) {
   for (let turn = 0; turn < total; turn++) {
-    const payload = String(turn).padEnd(LISTENER_PAYLOAD_BYTES, '.');
+    const payload = new Array(LISTENER_PAYLOAD_BYTES / 8).fill(turn + 0.5);
     rovanta.getCarConnectAdapter().registerConnectListener('turn', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, payload });
     await worker.replace();
   }

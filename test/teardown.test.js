@@ -218,7 +218,7 @@ test.describe('worker threads', () => {
         for (;;) { adapter.startSurfaceTransfer(map); adapter.bindTarget(1, map); }
       \`;
       (async () => {
-        for (let run = 0; run < 8; run++) {
+        for (let run = 0; run < 16; run++) {
           const worker = new Worker(LOOP, { eval: true });
           await new Promise((resolve) => worker.once('message', resolve));
           await worker.terminate();
