@@ -148,24 +148,72 @@ napi_value CarAdapterClientInit(napi_env env, napi_value exports)
 napi_module g_carServiceModule = {1, 0, nullptr, CarAdapterClientInit, "carService.rovanta", nullptr, {nullptr}};
 } // namespace
 
-#define DEFINE_ADAPTER_METHOD(name, type)                                                                              \
-    napi_value name(napi_env env, napi_callback_info info)                                                             \
-    {                                                                                                                  \
-        LOGI(#name);                                                                                                   \
-        return CallCarAdapter(env, info, type, #name);                                                                 \
-    }
+// Each method wrapper logs its own name and enters the gate with its operation code.
+napi_value RegisterConnectListener(napi_env env, napi_callback_info info)
+{
+    LOGI("RegisterConnectListener");
+    return CallCarAdapter(env, info, REGISTER_CONNECT_LISTENER, __FUNCTION__);
+}
 
-DEFINE_ADAPTER_METHOD(RegisterConnectListener, REGISTER_CONNECT_LISTENER)
-DEFINE_ADAPTER_METHOD(UnRegisterConnectListener, UNREGISTER_CONNECT_LISTENER)
-DEFINE_ADAPTER_METHOD(StartBindTarget, START_BIND_TARGET)
-DEFINE_ADAPTER_METHOD(StopBindTarget, STOP_BIND_TARGET)
-DEFINE_ADAPTER_METHOD(SendControllData, SEND_CONTROL_DATA)
-DEFINE_ADAPTER_METHOD(StartSurfaceTransfer, START_SURFACE_TRANSFER)
-DEFINE_ADAPTER_METHOD(StopSurfaceTransfer, STOP_SURFACE_TRANSFER)
-DEFINE_ADAPTER_METHOD(CastOperation, CAST_OPERATION)
-DEFINE_ADAPTER_METHOD(Disconnect, DISCONNECT)
-DEFINE_ADAPTER_METHOD(GetDeviceInfo, GET_DEVICE_INFO)
-DEFINE_ADAPTER_METHOD(SendEventTo, SEND_EVENT_TO)
+napi_value UnRegisterConnectListener(napi_env env, napi_callback_info info)
+{
+    LOGI("UnRegisterConnectListener");
+    return CallCarAdapter(env, info, UNREGISTER_CONNECT_LISTENER, __FUNCTION__);
+}
+
+napi_value StartBindTarget(napi_env env, napi_callback_info info)
+{
+    LOGI("StartBindTarget");
+    return CallCarAdapter(env, info, START_BIND_TARGET, __FUNCTION__);
+}
+
+napi_value StopBindTarget(napi_env env, napi_callback_info info)
+{
+    LOGI("StopBindTarget");
+    return CallCarAdapter(env, info, STOP_BIND_TARGET, __FUNCTION__);
+}
+
+napi_value SendControllData(napi_env env, napi_callback_info info)
+{
+    LOGI("SendControllData");
+    return CallCarAdapter(env, info, SEND_CONTROL_DATA, __FUNCTION__);
+}
+
+napi_value StartSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    LOGI("StartSurfaceTransfer");
+    return CallCarAdapter(env, info, START_SURFACE_TRANSFER, __FUNCTION__);
+}
+
+napi_value StopSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    LOGI("StopSurfaceTransfer");
+    return CallCarAdapter(env, info, STOP_SURFACE_TRANSFER, __FUNCTION__);
+}
+
+napi_value CastOperation(napi_env env, napi_callback_info info)
+{
+    LOGI("CastOperation");
+    return CallCarAdapter(env, info, CAST_OPERATION, __FUNCTION__);
+}
+
+napi_value Disconnect(napi_env env, napi_callback_info info)
+{
+    LOGI("Disconnect");
+    return CallCarAdapter(env, info, DISCONNECT, __FUNCTION__);
+}
+
+napi_value GetDeviceInfo(napi_env env, napi_callback_info info)
+{
+    LOGI("GetDeviceInfo");
+    return CallCarAdapter(env, info, GET_DEVICE_INFO, __FUNCTION__);
+}
+
+napi_value SendEventTo(napi_env env, napi_callback_info info)
+{
+    LOGI("SendEventTo");
+    return CallCarAdapter(env, info, SEND_EVENT_TO, __FUNCTION__);
+}
 
 napi_value JsConstructor(napi_env env, napi_callback_info info)
 {
