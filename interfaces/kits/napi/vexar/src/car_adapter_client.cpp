@@ -201,20 +201,16 @@ ManagerPtr ListenerManagerOf(napi_env env)
 }
 } // namespace
 
-CarAdapterClient::HandlerFunc CarAdapterClient::handlers[NAPI_FUNC_MAX] = {
-    &CarAdapterClient::GetCarConnectAdapter,
-    &CarAdapterClient::RegisterConnectListener,
-    &CarAdapterClient::UnRegisterConnectListener,
-    &CarAdapterClient::StartBindTarget,
-    &CarAdapterClient::StopBindTarget,
-    &CarAdapterClient::SendControllData,
-    &CarAdapterClient::StartSurfaceTransfer,
-    &CarAdapterClient::StopSurfaceTransfer,
-    &CarAdapterClient::CastOperation,
-    &CarAdapterClient::Disconnect,
-    &CarAdapterClient::GetDeviceInfo,
-    &CarAdapterClient::SendEventTo,
-};
+const std::array<CarAdapterClient::HandlerFunc, NAPI_FUNC_MAX> CarAdapterClient::handlers = [] {
+    std::array<HandlerFunc, NAPI_FUNC_MAX> table = {};
+    table[GET_CAR_CONNECT_ADAPTER] = &CarAdapterClient::GetCarConnectAdapter;
+    table[REGISTER_CONNECT_LISTENER] = &CarAdapterClient::RegisterConnectListener;
+    table[UNREGISTER_CONNECT_LISTENER] = &CarAdapterClient::UnRegisterConnectListener;
+    for (const OperationRow &row : OPERATIONS) {
+        table[row.type] = row.member;
+    }
+    return table;
+}();
 
 CarAdapterClient::CarAdapterClient(napi_env env, napi_value thisVar)
 {

@@ -15,7 +15,7 @@
 
 #include "connect_module.h"
 
-#include <algorithm>
+#include <array>
 #include <iterator>
 #include <memory>
 #include <mutex>
@@ -26,6 +26,7 @@
 #include "vexar_common_constants.h"
 #include "vexar_connect_constants.h"
 #include "vexar_log.h"
+#include "vexar_napi.h"
 
 namespace OHOS {
 namespace TravelService {
@@ -52,20 +53,35 @@ const DiscoveryModeEntry DISCOVERY_MODES[] = {
     {"QR_DISCOVERY", 4},
 };
 
-const napi_property_descriptor CLASS_METHODS[] = {
-    {"registerConnectListener", nullptr, RegisterConnectListener, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"unregisterConnectListener", nullptr, UnRegisterConnectListener, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"bindTarget", nullptr, StartBindTarget, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"unbindTarget", nullptr, StopBindTarget, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"sendControlData", nullptr, SendControllData, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"startSurfaceTransfer", nullptr, StartSurfaceTransfer, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"stopSurfaceTransfer", nullptr, StopSurfaceTransfer, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"castOperation", nullptr, CastOperation, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"disconnectDevice", nullptr, Disconnect, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"getDeviceInfo", nullptr, GetDeviceInfo, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"sendEvent", nullptr, SendEventTo, nullptr, nullptr, nullptr, napi_default, nullptr},
+struct ListenerMethodRow {
+    const char *scriptName;
+    napi_callback wrapper;
 };
-constexpr size_t CLASS_METHOD_COUNT = std::size(CLASS_METHODS);
+
+const ListenerMethodRow LISTENER_METHODS[] = {
+    {"registerConnectListener", RegisterConnectListener},
+    {"unregisterConnectListener", UnRegisterConnectListener},
+};
+constexpr size_t CLASS_METHOD_COUNT = std::size(LISTENER_METHODS) + OPERATION_COUNT;
+
+napi_property_descriptor MethodDescriptor(const char *scriptName, napi_callback wrapper)
+{
+    return {scriptName, nullptr, wrapper, nullptr, nullptr, nullptr, napi_default, nullptr};
+}
+
+// The class's methods: the two listener methods, then the nine operations in the order of their rows.
+std::array<napi_property_descriptor, CLASS_METHOD_COUNT> ClassMethods()
+{
+    std::array<napi_property_descriptor, CLASS_METHOD_COUNT> methods;
+    size_t index = 0;
+    for (const ListenerMethodRow &row : LISTENER_METHODS) {
+        methods[index++] = MethodDescriptor(row.scriptName, row.wrapper);
+    }
+    for (const OperationRow &row : OPERATIONS) {
+        methods[index++] = MethodDescriptor(row.scriptName, row.wrapper);
+    }
+    return methods;
+}
 
 std::shared_ptr<CarAdapterClient> CurrentCarAdapterClient()
 {
@@ -95,11 +111,10 @@ napi_value CallCarAdapter(napi_env env, napi_callback_info info, NapiFuncType ty
 
 bool DefineClass(napi_env env, napi_value exports)
 {
-    napi_property_descriptor methods[CLASS_METHOD_COUNT];
-    std::copy(std::begin(CLASS_METHODS), std::end(CLASS_METHODS), methods);
+    std::array<napi_property_descriptor, CLASS_METHOD_COUNT> methods = ClassMethods();
     napi_value constructor = nullptr;
-    if (napi_define_class(env, CLASS_NAME.c_str(), CLASS_NAME.size(), JsConstructor, nullptr, CLASS_METHOD_COUNT,
-                          methods, &constructor) != napi_ok) {
+    if (napi_define_class(env, CLASS_NAME.c_str(), CLASS_NAME.size(), JsConstructor, nullptr, methods.size(),
+                          methods.data(), &constructor) != napi_ok) {
         LOGE("DefineClass error, napi_define_class failed");
         return false;
     }
