@@ -16,6 +16,7 @@
 #ifndef INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CAR_ADAPTER_CLIENT_H
 #define INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CAR_ADAPTER_CLIENT_H
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -83,9 +84,11 @@ public:
     // Drops the listener managers that belong to env, which is being torn down.
     static void ReleaseListenerManager(napi_env env);
 
-private:
     using HandlerFunc = napi_value (CarAdapterClient::*)(napi_env env, napi_callback_info info);
-    static HandlerFunc handlers[NAPI_FUNC_MAX];
+
+private:
+    // The member of each operation code after the factory's, built at load from the method rows.
+    static const std::array<HandlerFunc, NAPI_FUNC_MAX> handlers;
 };
 } // namespace TravelService
 } // namespace OHOS

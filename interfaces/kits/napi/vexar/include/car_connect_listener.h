@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "napi/native_api.h"
 #include "napi/native_node_api.h"
@@ -42,7 +43,87 @@ enum CarEventCode : int32_t {
     CAR_EVENT_COUNT = 7,
 };
 
-struct ListenerEventRow;
+constexpr size_t MAX_EVENT_ARGC = 4;
+
+enum class EventArgType { NUMBER, STRING };
+
+struct EventArg {
+    const char *key;
+    EventArgType type;
+};
+
+// One row per car event: its code, the service callback that raises it (the listener's handler has the same
+// name), the listener function it calls, its members in argument order, and the line logged when the function
+// cannot be fetched. The service callback builds the event record from the row, and the listener reads the
+// arguments back with the same row, so each key is written once.
+struct CarEventRow {
+    CarEventCode code;
+    const char *handlerName;
+    const char *function;
+    size_t argc;
+    EventArg args[MAX_EVENT_ARGC];
+    const char *fetchErrorFormat;
+};
+
+inline constexpr CarEventRow EVENTS[CAR_EVENT_COUNT] = {
+    {BIND_RESULT_EVENT,
+     "OnBindResult",
+     "onBindResult",
+     4,
+     {{"deviceId", EventArgType::STRING},
+      {"result", EventArgType::NUMBER},
+      {"status", EventArgType::NUMBER},
+      {"content", EventArgType::STRING}},
+     "%{public}s# get onBindResult failed."},
+    {DATA_RECEIVE_EVENT,
+     "OnDataReceive",
+     "onDataReceive",
+     2,
+     {{"type", EventArgType::NUMBER}, {"data", EventArgType::STRING}},
+     "%{public}s# get onDataReceive failed."},
+    {DEVICE_STATE_CHANGE_EVENT,
+     "OnDeviceStateChange",
+     "onDeviceStateChange",
+     2,
+     {{"state", EventArgType::NUMBER}, {"deviceInfo", EventArgType::STRING}},
+     "%{public}s# get onDeviceStateChange failed."},
+    {DEVICE_CHANGE_EVENT,
+     "OnDeviceChange",
+     "onDeviceChange",
+     1,
+     {{"state", EventArgType::NUMBER}},
+     "%{public}s# get OnDeviceChange failed."},
+    {DEVICE_SERVICE_STATE_CHANGE_EVENT,
+     "OnDeviceServiceStateChange",
+     "onDeviceServiceStateChange",
+     3,
+     {{"serviceId", EventArgType::STRING}, {"state", EventArgType::NUMBER}, {"serviceType", EventArgType::NUMBER}},
+     "%{public}s# get OnDeviceServiceStateChange failed."},
+    {SURFACE_TRANSFER_EVENT,
+     "OnSurfaceTransferOnEvent",
+     "onSurfaceTransferOnEvent",
+     3,
+     {{"code", EventArgType::NUMBER}, {"eventId", EventArgType::NUMBER}, {"category", EventArgType::STRING}},
+     "%{public}s# get OnSurfaceTransferOnEvent failed."},
+    {DISCONNECT_RESULT_EVENT,
+     "OnDisconnectResult",
+     "onDisconnectResult",
+     1,
+     {{"result", EventArgType::NUMBER}},
+     "%{public}s# get OnDisconnectResult failed."},
+};
+
+// The event record of one service callback: its code and the callback's arguments under its row's keys, in order.
+template <CarEventCode CODE, typename... Values> nlohmann::json BuildEvent(Values &&...values)
+{
+    constexpr const CarEventRow &row = EVENTS[CODE];
+    static_assert(row.code == CODE && sizeof...(Values) == row.argc, "the event row lists every argument");
+    nlohmann::json event = nlohmann::json::object();
+    event[EVENT_FUNC_CODE] = CODE;
+    size_t index = 0;
+    ((event[row.args[index++].key] = std::forward<Values>(values)), ...);
+    return event;
+}
 
 bool CreateArgNumber(napi_env env, const nlohmann::json &event, const std::string &key, napi_value *result);
 bool CreateArgString(napi_env env, const nlohmann::json &event, const std::string &key, napi_value *result);
@@ -68,7 +149,7 @@ private:
     bool OnSurfaceTransferOnEvent(napi_value thisVar, const nlohmann::json &event);
     bool OnDisconnectResult(napi_value thisVar, const nlohmann::json &event);
 
-    bool CallListenerFunction(napi_value thisVar, const nlohmann::json &event, const ListenerEventRow &row);
+    bool CallListenerFunction(napi_value thisVar, const nlohmann::json &event, const CarEventRow &row);
     void TakePendingException();
 
     static const NotifyEventFunc m_notifyEventFunc[CAR_EVENT_COUNT];

@@ -20,6 +20,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "car_adapter_client.h"
 #include "napi/native_api.h"
 #include "napi/native_node_api.h"
 #include "travel_vexar_object_client.h"
@@ -71,6 +72,31 @@ struct SendEventToAsyncContext : AsyncContext {
     EventType eventType = EventType(0);
     std::string data;
 };
+
+enum ResultType : int32_t {
+    NUMBER_RESULT = 1,
+    STRING_RESULT = 2,
+};
+
+// One row per service operation: its script method and the wrapper that enters the gate, its operation code and
+// the member the gate calls, its operation name (the key of the call frame's tables and the resource name of its
+// work), the parameters it declares before the optional callback and the fewest it accepts in promise form, the
+// kind of result it delivers, and the call frame bound to its record type, parser and execute step. The class's
+// method table, the gate's dispatch table and the call frame's three tables are built from these rows.
+struct OperationRow {
+    const char *scriptName;
+    napi_callback wrapper;
+    NapiFuncType type;
+    CarAdapterClient::HandlerFunc member;
+    const char *operationName;
+    int declaredParams;
+    int minParams;
+    ResultType resultType;
+    napi_value (*run)(napi_env env, napi_callback_info info, const char *operationName);
+};
+
+constexpr size_t OPERATION_COUNT = 9;
+extern const OperationRow OPERATIONS[OPERATION_COUNT];
 
 napi_value NapiStartBindTarget(napi_env env, napi_callback_info info);
 napi_value NapiStopBindTarget(napi_env env, napi_callback_info info);

@@ -26,6 +26,7 @@
 #include <utility>
 #include <vector>
 
+#include "car_connect_listener.h"
 #include "connect_listener_manager.h"
 #include "napi_base_utils.h"
 #include "permission_utils.h"
@@ -200,20 +201,16 @@ ManagerPtr ListenerManagerOf(napi_env env)
 }
 } // namespace
 
-CarAdapterClient::HandlerFunc CarAdapterClient::handlers[NAPI_FUNC_MAX] = {
-    &CarAdapterClient::GetCarConnectAdapter,
-    &CarAdapterClient::RegisterConnectListener,
-    &CarAdapterClient::UnRegisterConnectListener,
-    &CarAdapterClient::StartBindTarget,
-    &CarAdapterClient::StopBindTarget,
-    &CarAdapterClient::SendControllData,
-    &CarAdapterClient::StartSurfaceTransfer,
-    &CarAdapterClient::StopSurfaceTransfer,
-    &CarAdapterClient::CastOperation,
-    &CarAdapterClient::Disconnect,
-    &CarAdapterClient::GetDeviceInfo,
-    &CarAdapterClient::SendEventTo,
-};
+const std::array<CarAdapterClient::HandlerFunc, NAPI_FUNC_MAX> CarAdapterClient::handlers = [] {
+    std::array<HandlerFunc, NAPI_FUNC_MAX> table = {};
+    table[GET_CAR_CONNECT_ADAPTER] = &CarAdapterClient::GetCarConnectAdapter;
+    table[REGISTER_CONNECT_LISTENER] = &CarAdapterClient::RegisterConnectListener;
+    table[UNREGISTER_CONNECT_LISTENER] = &CarAdapterClient::UnRegisterConnectListener;
+    for (const OperationRow &row : OPERATIONS) {
+        table[row.type] = row.member;
+    }
+    return table;
+}();
 
 CarAdapterClient::CarAdapterClient(napi_env env, napi_value thisVar)
 {
@@ -370,85 +367,84 @@ void CarAdapterClient::InitCallback()
 }
 
 // The service methods only hand the call to their asynchronous operation.
-#define FORWARD_TO_OPERATION(member, operation)                                                                        \
-    napi_value CarAdapterClient::member(napi_env env, napi_callback_info info)                                         \
-    {                                                                                                                  \
-        return operation(env, info);                                                                                   \
-    }
+napi_value CarAdapterClient::StartBindTarget(napi_env env, napi_callback_info info)
+{
+    return NapiStartBindTarget(env, info);
+}
 
-FORWARD_TO_OPERATION(StartBindTarget, NapiStartBindTarget)
-FORWARD_TO_OPERATION(StopBindTarget, NapiStopBindTarget)
-FORWARD_TO_OPERATION(SendControllData, NapiSendControllData)
-FORWARD_TO_OPERATION(StartSurfaceTransfer, NapiStartSurfaceTransfer)
-FORWARD_TO_OPERATION(StopSurfaceTransfer, NapiStopSurfaceTransfer)
-FORWARD_TO_OPERATION(CastOperation, NapiCastOperation)
-FORWARD_TO_OPERATION(Disconnect, NapiDisconnect)
-FORWARD_TO_OPERATION(GetDeviceInfo, NapiGetDeviceInfo)
-FORWARD_TO_OPERATION(SendEventTo, NapiSendEventTo)
+napi_value CarAdapterClient::StopBindTarget(napi_env env, napi_callback_info info)
+{
+    return NapiStopBindTarget(env, info);
+}
+
+napi_value CarAdapterClient::SendControllData(napi_env env, napi_callback_info info)
+{
+    return NapiSendControllData(env, info);
+}
+
+napi_value CarAdapterClient::StartSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    return NapiStartSurfaceTransfer(env, info);
+}
+
+napi_value CarAdapterClient::StopSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    return NapiStopSurfaceTransfer(env, info);
+}
+
+napi_value CarAdapterClient::CastOperation(napi_env env, napi_callback_info info)
+{
+    return NapiCastOperation(env, info);
+}
+
+napi_value CarAdapterClient::Disconnect(napi_env env, napi_callback_info info)
+{
+    return NapiDisconnect(env, info);
+}
+
+napi_value CarAdapterClient::GetDeviceInfo(napi_env env, napi_callback_info info)
+{
+    return NapiGetDeviceInfo(env, info);
+}
+
+napi_value CarAdapterClient::SendEventTo(napi_env env, napi_callback_info info)
+{
+    return NapiSendEventTo(env, info);
+}
 
 void CarAdapterClient::OnBindResult(std::string deviceId, int result, int status, std::string content)
 {
-    nlohmann::json event = nlohmann::json::object();
-    event[EVENT_FUNC_CODE] = BIND_RESULT_EVENT;
-    event["deviceId"] = deviceId;
-    event["result"] = result;
-    event["status"] = status;
-    event["content"] = content;
-    QueueToCurrentManager(event);
+    QueueToCurrentManager(BuildEvent<BIND_RESULT_EVENT>(std::move(deviceId), result, status, std::move(content)));
 }
 
 void CarAdapterClient::OnDataReceive(int type, std::string data)
 {
-    nlohmann::json event = nlohmann::json::object();
-    event[EVENT_FUNC_CODE] = DATA_RECEIVE_EVENT;
-    event["type"] = type;
-    event["data"] = data;
-    QueueToCurrentManager(event);
+    QueueToCurrentManager(BuildEvent<DATA_RECEIVE_EVENT>(type, std::move(data)));
 }
 
 void CarAdapterClient::OnDeviceStateChange(int state, std::string deviceInfo)
 {
-    nlohmann::json event = nlohmann::json::object();
-    event[EVENT_FUNC_CODE] = DEVICE_STATE_CHANGE_EVENT;
-    event["state"] = state;
-    event["deviceInfo"] = deviceInfo;
-    QueueToCurrentManager(event);
+    QueueToCurrentManager(BuildEvent<DEVICE_STATE_CHANGE_EVENT>(state, std::move(deviceInfo)));
 }
 
 void CarAdapterClient::OnDeviceChange(int state)
 {
-    nlohmann::json event = nlohmann::json::object();
-    event[EVENT_FUNC_CODE] = DEVICE_CHANGE_EVENT;
-    event["state"] = state;
-    QueueToCurrentManager(event);
+    QueueToCurrentManager(BuildEvent<DEVICE_CHANGE_EVENT>(state));
 }
 
 void CarAdapterClient::OnDeviceServiceStateChange(std::string serviceId, int state, int serviceType)
 {
-    nlohmann::json event = nlohmann::json::object();
-    event[EVENT_FUNC_CODE] = DEVICE_SERVICE_STATE_CHANGE_EVENT;
-    event["serviceId"] = serviceId;
-    event["state"] = state;
-    event["serviceType"] = serviceType;
-    QueueToCurrentManager(event);
+    QueueToCurrentManager(BuildEvent<DEVICE_SERVICE_STATE_CHANGE_EVENT>(std::move(serviceId), state, serviceType));
 }
 
 void CarAdapterClient::OnSurfaceTransferOnEvent(int code, int eventId, std::string category)
 {
-    nlohmann::json event = nlohmann::json::object();
-    event[EVENT_FUNC_CODE] = SURFACE_TRANSFER_EVENT;
-    event["code"] = code;
-    event["eventId"] = eventId;
-    event["category"] = category;
-    QueueToCurrentManager(event);
+    QueueToCurrentManager(BuildEvent<SURFACE_TRANSFER_EVENT>(code, eventId, std::move(category)));
 }
 
 void CarAdapterClient::OnDisconnectResult(int result)
 {
-    nlohmann::json event = nlohmann::json::object();
-    event[EVENT_FUNC_CODE] = DISCONNECT_RESULT_EVENT;
-    event["result"] = result;
-    QueueToCurrentManager(event);
+    QueueToCurrentManager(BuildEvent<DISCONNECT_RESULT_EVENT>(result));
 }
 } // namespace TravelService
 } // namespace OHOS

@@ -26,8 +26,6 @@
 namespace OHOS {
 namespace TravelService {
 namespace {
-constexpr size_t MAX_EVENT_ARGC = 4;
-
 // Reads a JSON number as a 32-bit signed integer: a floating value is truncated toward zero (saturating, NaN
 // giving 0, as the device's conversion does), a wider integer keeps its low 32 bits.
 int32_t ToInt32(const nlohmann::json &number)
@@ -50,63 +48,6 @@ int32_t ToInt32(const nlohmann::json &number)
     }
     return static_cast<int32_t>(static_cast<uint32_t>(number.get<int64_t>()));
 }
-} // namespace
-
-enum class EventArgType { NUMBER, STRING };
-
-struct EventArg {
-    const char *key;
-    EventArgType type;
-};
-
-// One row of the event table: which listener function an event calls and with which arguments.
-struct ListenerEventRow {
-    const char *handlerName;
-    const char *function;
-    const char *fetchErrorFormat;
-    size_t argc;
-    EventArg args[MAX_EVENT_ARGC];
-};
-
-namespace {
-const ListenerEventRow BIND_RESULT_ROW = {"OnBindResult",
-                                          "onBindResult",
-                                          "%{public}s# get onBindResult failed.",
-                                          4,
-                                          {{"deviceId", EventArgType::STRING},
-                                           {"result", EventArgType::NUMBER},
-                                           {"status", EventArgType::NUMBER},
-                                           {"content", EventArgType::STRING}}};
-const ListenerEventRow DATA_RECEIVE_ROW = {"OnDataReceive",
-                                           "onDataReceive",
-                                           "%{public}s# get onDataReceive failed.",
-                                           2,
-                                           {{"type", EventArgType::NUMBER}, {"data", EventArgType::STRING}}};
-const ListenerEventRow DEVICE_STATE_CHANGE_ROW = {
-    "OnDeviceStateChange",
-    "onDeviceStateChange",
-    "%{public}s# get onDeviceStateChange failed.",
-    2,
-    {{"state", EventArgType::NUMBER}, {"deviceInfo", EventArgType::STRING}}};
-const ListenerEventRow DEVICE_CHANGE_ROW = {
-    "OnDeviceChange", "onDeviceChange", "%{public}s# get OnDeviceChange failed.", 1, {{"state", EventArgType::NUMBER}}};
-const ListenerEventRow DEVICE_SERVICE_STATE_CHANGE_ROW = {
-    "OnDeviceServiceStateChange",
-    "onDeviceServiceStateChange",
-    "%{public}s# get OnDeviceServiceStateChange failed.",
-    3,
-    {{"serviceId", EventArgType::STRING}, {"state", EventArgType::NUMBER}, {"serviceType", EventArgType::NUMBER}}};
-const ListenerEventRow SURFACE_TRANSFER_ROW = {
-    "OnSurfaceTransferOnEvent",
-    "onSurfaceTransferOnEvent",
-    "%{public}s# get OnSurfaceTransferOnEvent failed.",
-    3,
-    {{"code", EventArgType::NUMBER}, {"eventId", EventArgType::NUMBER}, {"category", EventArgType::STRING}}};
-const ListenerEventRow DISCONNECT_RESULT_ROW = {"OnDisconnectResult",
-                                                "onDisconnectResult",
-                                                "%{public}s# get OnDisconnectResult failed.",
-                                                1,
-                                                {{"result", EventArgType::NUMBER}}};
 } // namespace
 
 const CarConnectListener::NotifyEventFunc CarConnectListener::m_notifyEventFunc[CAR_EVENT_COUNT] = {
@@ -192,8 +133,7 @@ void CarConnectListener::TakePendingException()
     VEXAR_HILOG(LOG_ERROR, "NotifyEvent", "NotifyEvent error, listener threw: %{public}s", description.c_str());
 }
 
-bool CarConnectListener::CallListenerFunction(napi_value thisVar, const nlohmann::json &event,
-                                              const ListenerEventRow &row)
+bool CarConnectListener::CallListenerFunction(napi_value thisVar, const nlohmann::json &event, const CarEventRow &row)
 {
     napi_value argv[MAX_EVENT_ARGC] = {nullptr};
     for (size_t index = 0; index < row.argc; ++index) {
@@ -216,21 +156,47 @@ bool CarConnectListener::CallListenerFunction(napi_value thisVar, const nlohmann
     return napi_call_function(env_, thisVar, function, row.argc, argv, nullptr) == napi_ok;
 }
 
-// Each handler logs its own line, then calls its row's listener function.
-#define DEFINE_EVENT_HANDLER(handler, infoText, row)                                                                   \
-    bool CarConnectListener::handler(napi_value thisVar, const nlohmann::json &event)                                  \
-    {                                                                                                                  \
-        LOGI(infoText);                                                                                                \
-        return CallListenerFunction(thisVar, event, row);                                                              \
-    }
+// Each handler logs its own line, then calls the listener function of its event row.
+bool CarConnectListener::OnBindResult(napi_value thisVar, const nlohmann::json &event)
+{
+    LOGI("CarConnectListener OnBindResult.");
+    return CallListenerFunction(thisVar, event, EVENTS[BIND_RESULT_EVENT]);
+}
 
-DEFINE_EVENT_HANDLER(OnBindResult, "CarConnectListener OnBindResult.", BIND_RESULT_ROW)
-DEFINE_EVENT_HANDLER(OnDataReceive, "CarConnectListener OnDataReceive.", DATA_RECEIVE_ROW)
-DEFINE_EVENT_HANDLER(OnDeviceStateChange, "CarConnectListener OnDeviceStateChange.", DEVICE_STATE_CHANGE_ROW)
-DEFINE_EVENT_HANDLER(OnDeviceChange, "CarConnectListener OnDeviceChange.", DEVICE_CHANGE_ROW)
-DEFINE_EVENT_HANDLER(OnDeviceServiceStateChange, "CarConnectListener OnDeviceServiceStateChange.",
-                     DEVICE_SERVICE_STATE_CHANGE_ROW)
-DEFINE_EVENT_HANDLER(OnSurfaceTransferOnEvent, "CarConnectListener onSurfaceTransferOnEvent.", SURFACE_TRANSFER_ROW)
-DEFINE_EVENT_HANDLER(OnDisconnectResult, "CarConnectListener OnDisconnectResult.", DISCONNECT_RESULT_ROW)
+bool CarConnectListener::OnDataReceive(napi_value thisVar, const nlohmann::json &event)
+{
+    LOGI("CarConnectListener OnDataReceive.");
+    return CallListenerFunction(thisVar, event, EVENTS[DATA_RECEIVE_EVENT]);
+}
+
+bool CarConnectListener::OnDeviceStateChange(napi_value thisVar, const nlohmann::json &event)
+{
+    LOGI("CarConnectListener OnDeviceStateChange.");
+    return CallListenerFunction(thisVar, event, EVENTS[DEVICE_STATE_CHANGE_EVENT]);
+}
+
+bool CarConnectListener::OnDeviceChange(napi_value thisVar, const nlohmann::json &event)
+{
+    LOGI("CarConnectListener OnDeviceChange.");
+    return CallListenerFunction(thisVar, event, EVENTS[DEVICE_CHANGE_EVENT]);
+}
+
+bool CarConnectListener::OnDeviceServiceStateChange(napi_value thisVar, const nlohmann::json &event)
+{
+    LOGI("CarConnectListener OnDeviceServiceStateChange.");
+    return CallListenerFunction(thisVar, event, EVENTS[DEVICE_SERVICE_STATE_CHANGE_EVENT]);
+}
+
+bool CarConnectListener::OnSurfaceTransferOnEvent(napi_value thisVar, const nlohmann::json &event)
+{
+    LOGI("CarConnectListener onSurfaceTransferOnEvent.");
+    return CallListenerFunction(thisVar, event, EVENTS[SURFACE_TRANSFER_EVENT]);
+}
+
+bool CarConnectListener::OnDisconnectResult(napi_value thisVar, const nlohmann::json &event)
+{
+    LOGI("CarConnectListener OnDisconnectResult.");
+    return CallListenerFunction(thisVar, event, EVENTS[DISCONNECT_RESULT_EVENT]);
+}
 } // namespace TravelService
 } // namespace OHOS

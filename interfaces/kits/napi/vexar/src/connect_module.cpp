@@ -15,7 +15,7 @@
 
 #include "connect_module.h"
 
-#include <algorithm>
+#include <array>
 #include <iterator>
 #include <memory>
 #include <mutex>
@@ -26,6 +26,7 @@
 #include "vexar_common_constants.h"
 #include "vexar_connect_constants.h"
 #include "vexar_log.h"
+#include "vexar_napi.h"
 
 namespace OHOS {
 namespace TravelService {
@@ -52,20 +53,35 @@ const DiscoveryModeEntry DISCOVERY_MODES[] = {
     {"QR_DISCOVERY", 4},
 };
 
-const napi_property_descriptor CLASS_METHODS[] = {
-    {"registerConnectListener", nullptr, RegisterConnectListener, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"unregisterConnectListener", nullptr, UnRegisterConnectListener, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"bindTarget", nullptr, StartBindTarget, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"unbindTarget", nullptr, StopBindTarget, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"sendControlData", nullptr, SendControllData, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"startSurfaceTransfer", nullptr, StartSurfaceTransfer, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"stopSurfaceTransfer", nullptr, StopSurfaceTransfer, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"castOperation", nullptr, CastOperation, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"disconnectDevice", nullptr, Disconnect, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"getDeviceInfo", nullptr, GetDeviceInfo, nullptr, nullptr, nullptr, napi_default, nullptr},
-    {"sendEvent", nullptr, SendEventTo, nullptr, nullptr, nullptr, napi_default, nullptr},
+struct ListenerMethodRow {
+    const char *scriptName;
+    napi_callback wrapper;
 };
-constexpr size_t CLASS_METHOD_COUNT = std::size(CLASS_METHODS);
+
+const ListenerMethodRow LISTENER_METHODS[] = {
+    {"registerConnectListener", RegisterConnectListener},
+    {"unregisterConnectListener", UnRegisterConnectListener},
+};
+constexpr size_t CLASS_METHOD_COUNT = std::size(LISTENER_METHODS) + OPERATION_COUNT;
+
+napi_property_descriptor MethodDescriptor(const char *scriptName, napi_callback wrapper)
+{
+    return {scriptName, nullptr, wrapper, nullptr, nullptr, nullptr, napi_default, nullptr};
+}
+
+// The class's methods: the two listener methods, then the nine operations in the order of their rows.
+std::array<napi_property_descriptor, CLASS_METHOD_COUNT> ClassMethods()
+{
+    std::array<napi_property_descriptor, CLASS_METHOD_COUNT> methods;
+    size_t index = 0;
+    for (const ListenerMethodRow &row : LISTENER_METHODS) {
+        methods[index++] = MethodDescriptor(row.scriptName, row.wrapper);
+    }
+    for (const OperationRow &row : OPERATIONS) {
+        methods[index++] = MethodDescriptor(row.scriptName, row.wrapper);
+    }
+    return methods;
+}
 
 std::shared_ptr<CarAdapterClient> CurrentCarAdapterClient()
 {
@@ -95,11 +111,10 @@ napi_value CallCarAdapter(napi_env env, napi_callback_info info, NapiFuncType ty
 
 bool DefineClass(napi_env env, napi_value exports)
 {
-    napi_property_descriptor methods[CLASS_METHOD_COUNT];
-    std::copy(std::begin(CLASS_METHODS), std::end(CLASS_METHODS), methods);
+    std::array<napi_property_descriptor, CLASS_METHOD_COUNT> methods = ClassMethods();
     napi_value constructor = nullptr;
-    if (napi_define_class(env, CLASS_NAME.c_str(), CLASS_NAME.size(), JsConstructor, nullptr, CLASS_METHOD_COUNT,
-                          methods, &constructor) != napi_ok) {
+    if (napi_define_class(env, CLASS_NAME.c_str(), CLASS_NAME.size(), JsConstructor, nullptr, methods.size(),
+                          methods.data(), &constructor) != napi_ok) {
         LOGE("DefineClass error, napi_define_class failed");
         return false;
     }
@@ -148,24 +163,72 @@ napi_value CarAdapterClientInit(napi_env env, napi_value exports)
 napi_module g_carServiceModule = {1, 0, nullptr, CarAdapterClientInit, "carService.rovanta", nullptr, {nullptr}};
 } // namespace
 
-#define DEFINE_ADAPTER_METHOD(name, type)                                                                              \
-    napi_value name(napi_env env, napi_callback_info info)                                                             \
-    {                                                                                                                  \
-        LOGI(#name);                                                                                                   \
-        return CallCarAdapter(env, info, type, #name);                                                                 \
-    }
+// Each method wrapper logs its own name and enters the gate with its operation code.
+napi_value RegisterConnectListener(napi_env env, napi_callback_info info)
+{
+    LOGI("RegisterConnectListener");
+    return CallCarAdapter(env, info, REGISTER_CONNECT_LISTENER, __FUNCTION__);
+}
 
-DEFINE_ADAPTER_METHOD(RegisterConnectListener, REGISTER_CONNECT_LISTENER)
-DEFINE_ADAPTER_METHOD(UnRegisterConnectListener, UNREGISTER_CONNECT_LISTENER)
-DEFINE_ADAPTER_METHOD(StartBindTarget, START_BIND_TARGET)
-DEFINE_ADAPTER_METHOD(StopBindTarget, STOP_BIND_TARGET)
-DEFINE_ADAPTER_METHOD(SendControllData, SEND_CONTROL_DATA)
-DEFINE_ADAPTER_METHOD(StartSurfaceTransfer, START_SURFACE_TRANSFER)
-DEFINE_ADAPTER_METHOD(StopSurfaceTransfer, STOP_SURFACE_TRANSFER)
-DEFINE_ADAPTER_METHOD(CastOperation, CAST_OPERATION)
-DEFINE_ADAPTER_METHOD(Disconnect, DISCONNECT)
-DEFINE_ADAPTER_METHOD(GetDeviceInfo, GET_DEVICE_INFO)
-DEFINE_ADAPTER_METHOD(SendEventTo, SEND_EVENT_TO)
+napi_value UnRegisterConnectListener(napi_env env, napi_callback_info info)
+{
+    LOGI("UnRegisterConnectListener");
+    return CallCarAdapter(env, info, UNREGISTER_CONNECT_LISTENER, __FUNCTION__);
+}
+
+napi_value StartBindTarget(napi_env env, napi_callback_info info)
+{
+    LOGI("StartBindTarget");
+    return CallCarAdapter(env, info, START_BIND_TARGET, __FUNCTION__);
+}
+
+napi_value StopBindTarget(napi_env env, napi_callback_info info)
+{
+    LOGI("StopBindTarget");
+    return CallCarAdapter(env, info, STOP_BIND_TARGET, __FUNCTION__);
+}
+
+napi_value SendControllData(napi_env env, napi_callback_info info)
+{
+    LOGI("SendControllData");
+    return CallCarAdapter(env, info, SEND_CONTROL_DATA, __FUNCTION__);
+}
+
+napi_value StartSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    LOGI("StartSurfaceTransfer");
+    return CallCarAdapter(env, info, START_SURFACE_TRANSFER, __FUNCTION__);
+}
+
+napi_value StopSurfaceTransfer(napi_env env, napi_callback_info info)
+{
+    LOGI("StopSurfaceTransfer");
+    return CallCarAdapter(env, info, STOP_SURFACE_TRANSFER, __FUNCTION__);
+}
+
+napi_value CastOperation(napi_env env, napi_callback_info info)
+{
+    LOGI("CastOperation");
+    return CallCarAdapter(env, info, CAST_OPERATION, __FUNCTION__);
+}
+
+napi_value Disconnect(napi_env env, napi_callback_info info)
+{
+    LOGI("Disconnect");
+    return CallCarAdapter(env, info, DISCONNECT, __FUNCTION__);
+}
+
+napi_value GetDeviceInfo(napi_env env, napi_callback_info info)
+{
+    LOGI("GetDeviceInfo");
+    return CallCarAdapter(env, info, GET_DEVICE_INFO, __FUNCTION__);
+}
+
+napi_value SendEventTo(napi_env env, napi_callback_info info)
+{
+    LOGI("SendEventTo");
+    return CallCarAdapter(env, info, SEND_EVENT_TO, __FUNCTION__);
+}
 
 napi_value JsConstructor(napi_env env, napi_callback_info info)
 {

@@ -17,6 +17,7 @@
 
 #include <map>
 
+#include "connect_module.h"
 #include "napi_base_utils.h"
 #include "travel_vexar_object_client.h"
 #include "vexar_common_constants.h"
@@ -26,28 +27,19 @@
 namespace OHOS {
 namespace TravelService {
 namespace {
-enum ResultType : int32_t {
-    NUMBER_RESULT = 1,
-    STRING_RESULT = 2,
-};
+// The call frame's three tables, keyed by operation name, built at load from the operation rows.
+template <typename Column> std::map<std::string, int> TableOf(Column column)
+{
+    std::map<std::string, int> table;
+    for (const OperationRow &row : OPERATIONS) {
+        table.emplace(row.operationName, static_cast<int>(column(row)));
+    }
+    return table;
+}
 
-// Declared parameters of each operation (before the optional callback), the fewest accepted in promise form,
-// and the kind of result it delivers. Keyed by the operation's own name.
-std::map<std::string, int> paramNumMap = {
-    {"startBindTarget", 2},      {"stopBindTarget", 1},      {"sendControlData", 2},
-    {"startSurfaceTransfer", 1}, {"stopSurfaceTransfer", 0}, {"castOperation", 1},
-    {"disconnectDevice", 0},     {"getDeviceInfo", 1},       {"sendEventTo", 2},
-};
-std::map<std::string, int> minParamNumMap = {
-    {"startBindTarget", 2},      {"stopBindTarget", 1},      {"sendControlData", 2},
-    {"startSurfaceTransfer", 1}, {"stopSurfaceTransfer", 0}, {"castOperation", 1},
-    {"disconnectDevice", 0},     {"getDeviceInfo", 0},       {"sendEventTo", 2},
-};
-std::map<std::string, int> resultTypeMap = {
-    {"startBindTarget", NUMBER_RESULT},      {"stopBindTarget", NUMBER_RESULT},      {"sendControlData", NUMBER_RESULT},
-    {"startSurfaceTransfer", NUMBER_RESULT}, {"stopSurfaceTransfer", NUMBER_RESULT}, {"castOperation", NUMBER_RESULT},
-    {"disconnectDevice", NUMBER_RESULT},     {"getDeviceInfo", STRING_RESULT},       {"sendEventTo", NUMBER_RESULT},
-};
+std::map<std::string, int> paramNumMap = TableOf([](const OperationRow &row) { return row.declaredParams; });
+std::map<std::string, int> minParamNumMap = TableOf([](const OperationRow &row) { return row.minParams; });
+std::map<std::string, int> resultTypeMap = TableOf([](const OperationRow &row) { return row.resultType; });
 
 // The most parameters any operation declares, plus the callback slot.
 constexpr size_t MAX_CALL_ARGC = 3;
@@ -276,140 +268,177 @@ napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *nam
     return undefined;
 }
 
-void StartBindTargetExecuteFunc(napi_env, void *data)
+// The second line of defence in front of a service call: a record whose parser set an error never gets here,
+// since the frame throws first; should one, the call is not made and the operation's line says so.
+template <typename T, typename ServiceCall>
+void ExecuteChecked(void *data, const char *executeName, const char *invalidParamFormat, ServiceCall call)
 {
-    auto *context = static_cast<StartBindTargetAsyncContext *>(data);
+    auto *context = static_cast<T *>(data);
     if (context->errCode != 0) {
-        LOGE("StartBindTarget() invalid parameter.");
+        (void)HiLogPrint(LOG_CORE, LOG_ERROR, VEXAR_LOG_DOMAIN, VEXAR_LOG_TAG, invalidParamFormat, executeName);
         return;
     }
-    context->result = TravelVexarObjectClient::GetInstance()->StartBindTarget(context->bindType, context->deviceInfo);
+    call(*TravelVexarObjectClient::GetInstance(), *context);
+}
+
+void StartBindTargetExecuteFunc(napi_env, void *data)
+{
+    ExecuteChecked<StartBindTargetAsyncContext>(
+        data, __FUNCTION__, "%{public}s# StartBindTarget() invalid parameter.",
+        [](TravelVexarObjectClient &client, StartBindTargetAsyncContext &context) {
+            context.result = client.StartBindTarget(context.bindType, context.deviceInfo);
+        });
 }
 
 void StopBindTargetExecuteFunc(napi_env, void *data)
 {
-    auto *context = static_cast<StopBindTargetAsyncContext *>(data);
-    if (context->errCode != 0) {
-        LOGE("StopBindTarget() invalid parameter.");
-        return;
-    }
-    context->result = TravelVexarObjectClient::GetInstance()->StopBindTarget(context->param);
+    ExecuteChecked<StopBindTargetAsyncContext>(
+        data, __FUNCTION__, "%{public}s# StopBindTarget() invalid parameter.",
+        [](TravelVexarObjectClient &client, StopBindTargetAsyncContext &context) {
+            context.result = client.StopBindTarget(context.param);
+        });
 }
 
 void SendControlDataExecuteFunc(napi_env, void *data)
 {
-    auto *context = static_cast<SendControlDataAsyncContext *>(data);
-    if (context->errCode != 0) {
-        LOGE("SendControlDataAsyncContext() invalid parameter.");
-        return;
-    }
-    context->result = TravelVexarObjectClient::GetInstance()->SendControlData(context->dataType, context->data);
+    ExecuteChecked<SendControlDataAsyncContext>(
+        data, __FUNCTION__, "%{public}s# SendControlDataAsyncContext() invalid parameter.",
+        [](TravelVexarObjectClient &client, SendControlDataAsyncContext &context) {
+            context.result = client.SendControlData(context.dataType, context.data);
+        });
 }
 
 void StartSurfaceTransferExecuteFunc(napi_env, void *data)
 {
-    auto *context = static_cast<StartSurfaceAsyncContext *>(data);
-    if (context->errCode != 0) {
-        LOGE("StartSurfaceAsyncContext() invalid parameter.");
-        return;
-    }
-    context->result = TravelVexarObjectClient::GetInstance()->StartSurfaceTransfer(context->deviceInfo);
+    ExecuteChecked<StartSurfaceAsyncContext>(data, __FUNCTION__,
+                                             "%{public}s# StartSurfaceAsyncContext() invalid parameter.",
+                                             [](TravelVexarObjectClient &client, StartSurfaceAsyncContext &context) {
+                                                 context.result = client.StartSurfaceTransfer(context.deviceInfo);
+                                             });
 }
 
 void StopSurfaceTransferExecuteFunc(napi_env, void *data)
 {
-    auto *context = static_cast<AsyncContext *>(data);
     LOGE("StopSurfaceTransferExecuteFunc.");
-    context->result = TravelVexarObjectClient::GetInstance()->StopSurfaceTransfer();
+    static_cast<AsyncContext *>(data)->result = TravelVexarObjectClient::GetInstance()->StopSurfaceTransfer();
 }
 
 void CastOperationExecuteFunc(napi_env, void *data)
 {
-    auto *context = static_cast<CastOperationAsyncContext *>(data);
-    if (context->errCode != 0) {
-        LOGE("CastOperation() invalid parameter.");
-        return;
-    }
-    context->result = TravelVexarObjectClient::GetInstance()->CastOperation(context->param);
+    ExecuteChecked<CastOperationAsyncContext>(data, __FUNCTION__, "%{public}s# CastOperation() invalid parameter.",
+                                              [](TravelVexarObjectClient &client, CastOperationAsyncContext &context) {
+                                                  context.result = client.CastOperation(context.param);
+                                              });
 }
 
 void DisconnectDeviceExecuteFunc(napi_env, void *data)
 {
-    auto *context = static_cast<AsyncContext *>(data);
-    context->result = TravelVexarObjectClient::GetInstance()->DisconnectDevice();
+    static_cast<AsyncContext *>(data)->result = TravelVexarObjectClient::GetInstance()->DisconnectDevice();
 }
 
+// Only the text matters to the caller; the service's code is not delivered.
 void GetDeviceInfoExecuteFunc(napi_env, void *data)
 {
     auto *context = static_cast<GetDeviceInfoAsyncContext *>(data);
     std::string deviceInfo;
-    // Only the text matters to the caller; the service's code is not delivered.
-    TravelVexarObjectClient::GetInstance()->GetDeviceInfo(static_cast<DeviceInfoType>(context->type), deviceInfo);
+    (void)TravelVexarObjectClient::GetInstance()->GetDeviceInfo(static_cast<DeviceInfoType>(context->type), deviceInfo);
     context->resultData = deviceInfo;
 }
 
 void SendEventToExecuteFunc(napi_env, void *data)
 {
-    auto *context = static_cast<SendEventToAsyncContext *>(data);
-    if (context->errCode != 0) {
-        LOGE("SendEventTo() invalid parameter.");
-        return;
-    }
-    context->result = TravelVexarObjectClient::GetInstance()->SendEventTo(context->eventType, context->data);
+    ExecuteChecked<SendEventToAsyncContext>(data, __FUNCTION__, "%{public}s# SendEventTo() invalid parameter.",
+                                            [](TravelVexarObjectClient &client, SendEventToAsyncContext &context) {
+                                                context.result = client.SendEventTo(context.eventType, context.data);
+                                            });
+}
+
+// The call frame of one operation, bound to its record type, parser and execute step.
+template <typename T, ParseFunc<T> parser, napi_async_execute_callback execute>
+napi_value RunOperation(napi_env env, napi_callback_info info, const char *operationName)
+{
+    return HandleJsCall<T>(env, info, operationName, parser, execute);
+}
+
+napi_value EnterOperation(napi_env env, napi_callback_info info, NapiFuncType type)
+{
+    const OperationRow &row = OPERATIONS[type - START_BIND_TARGET];
+    return row.run(env, info, row.operationName);
 }
 } // namespace
 
+constexpr OperationRow OPERATIONS[OPERATION_COUNT] = {
+    {"bindTarget", StartBindTarget, START_BIND_TARGET, &CarAdapterClient::StartBindTarget, "startBindTarget", 2, 2,
+     NUMBER_RESULT,
+     RunOperation<StartBindTargetAsyncContext, ParseStartBindTargetParameters, StartBindTargetExecuteFunc>},
+    {"unbindTarget", StopBindTarget, STOP_BIND_TARGET, &CarAdapterClient::StopBindTarget, "stopBindTarget", 1, 1,
+     NUMBER_RESULT,
+     RunOperation<StopBindTargetAsyncContext, ParseStopBindTargetParameters<StopBindTargetAsyncContext>,
+                  StopBindTargetExecuteFunc>},
+    {"sendControlData", SendControllData, SEND_CONTROL_DATA, &CarAdapterClient::SendControllData, "sendControlData", 2,
+     2, NUMBER_RESULT, RunOperation<SendControlDataAsyncContext, ParseSendControllData, SendControlDataExecuteFunc>},
+    {"startSurfaceTransfer", StartSurfaceTransfer, START_SURFACE_TRANSFER, &CarAdapterClient::StartSurfaceTransfer,
+     "startSurfaceTransfer", 1, 1, NUMBER_RESULT,
+     RunOperation<StartSurfaceAsyncContext, ParseStartSurfaceTransfer, StartSurfaceTransferExecuteFunc>},
+    {"stopSurfaceTransfer", StopSurfaceTransfer, STOP_SURFACE_TRANSFER, &CarAdapterClient::StopSurfaceTransfer,
+     "stopSurfaceTransfer", 0, 0, NUMBER_RESULT,
+     RunOperation<AsyncContext, ParseNoItem, StopSurfaceTransferExecuteFunc>},
+    {"castOperation", CastOperation, CAST_OPERATION, &CarAdapterClient::CastOperation, "castOperation", 1, 1,
+     NUMBER_RESULT,
+     RunOperation<CastOperationAsyncContext, ParseCastOperation<CastOperationAsyncContext>, CastOperationExecuteFunc>},
+    {"disconnectDevice", Disconnect, DISCONNECT, &CarAdapterClient::Disconnect, "disconnectDevice", 0, 0, NUMBER_RESULT,
+     RunOperation<AsyncContext, ParseNoItem, DisconnectDeviceExecuteFunc>},
+    {"getDeviceInfo", GetDeviceInfo, GET_DEVICE_INFO, &CarAdapterClient::GetDeviceInfo, "getDeviceInfo", 1, 0,
+     STRING_RESULT, RunOperation<GetDeviceInfoAsyncContext, ParseGetDeviceInfo, GetDeviceInfoExecuteFunc>},
+    {"sendEvent", SendEventTo, SEND_EVENT_TO, &CarAdapterClient::SendEventTo, "sendEventTo", 2, 2, NUMBER_RESULT,
+     RunOperation<SendEventToAsyncContext, ParseSendEventTo, SendEventToExecuteFunc>},
+};
+
+// Each entry hands its operation to the call frame.
 napi_value NapiStartBindTarget(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<StartBindTargetAsyncContext>(env, info, "startBindTarget", ParseStartBindTargetParameters,
-                                                     StartBindTargetExecuteFunc);
+    return EnterOperation(env, info, START_BIND_TARGET);
 }
 
 napi_value NapiStopBindTarget(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<StopBindTargetAsyncContext>(env, info, "stopBindTarget",
-                                                    ParseStopBindTargetParameters<StopBindTargetAsyncContext>,
-                                                    StopBindTargetExecuteFunc);
+    return EnterOperation(env, info, STOP_BIND_TARGET);
 }
 
 napi_value NapiSendControllData(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<SendControlDataAsyncContext>(env, info, "sendControlData", ParseSendControllData,
-                                                     SendControlDataExecuteFunc);
+    return EnterOperation(env, info, SEND_CONTROL_DATA);
 }
 
 napi_value NapiStartSurfaceTransfer(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<StartSurfaceAsyncContext>(env, info, "startSurfaceTransfer", ParseStartSurfaceTransfer,
-                                                  StartSurfaceTransferExecuteFunc);
+    return EnterOperation(env, info, START_SURFACE_TRANSFER);
 }
 
 napi_value NapiStopSurfaceTransfer(napi_env env, napi_callback_info info)
 {
     LOGE("NapiStopSurfaceTransfer.");
-    return HandleJsCall<AsyncContext>(env, info, "stopSurfaceTransfer", ParseNoItem, StopSurfaceTransferExecuteFunc);
+    return EnterOperation(env, info, STOP_SURFACE_TRANSFER);
 }
 
 napi_value NapiCastOperation(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<CastOperationAsyncContext>(
-        env, info, "castOperation", ParseCastOperation<CastOperationAsyncContext>, CastOperationExecuteFunc);
+    return EnterOperation(env, info, CAST_OPERATION);
 }
 
 napi_value NapiDisconnect(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<AsyncContext>(env, info, "disconnectDevice", ParseNoItem, DisconnectDeviceExecuteFunc);
+    return EnterOperation(env, info, DISCONNECT);
 }
 
 napi_value NapiGetDeviceInfo(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<GetDeviceInfoAsyncContext>(env, info, "getDeviceInfo", ParseGetDeviceInfo,
-                                                   GetDeviceInfoExecuteFunc);
+    return EnterOperation(env, info, GET_DEVICE_INFO);
 }
 
 napi_value NapiSendEventTo(napi_env env, napi_callback_info info)
 {
-    return HandleJsCall<SendEventToAsyncContext>(env, info, "sendEventTo", ParseSendEventTo, SendEventToExecuteFunc);
+    return EnterOperation(env, info, SEND_EVENT_TO);
 }
 } // namespace TravelService
 } // namespace OHOS
