@@ -16,6 +16,8 @@
 'use strict';
 
 // The host harness that every other suite stands on: what its stand-ins record and refuse.
+const fs = require('fs');
+const path = require('path');
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, until } = require('./support/rovanta');
@@ -186,6 +188,17 @@ test.describe('a car that answers', () => {
     const playing = host.carService.play({ timeline: [{ atMs: 3600000, callback: 'OnDeviceChange', args: [1] }] });
     host.carService.reset();
     assert.deepEqual(await playing, { emitted: 0, skipped: 0, stopped: true });
+  });
+
+  test('every shipped scenario passes the checks', async () => {
+    const folder = path.join(__dirname, '..', 'scenarios');
+    const files = fs.readdirSync(folder).filter((name) => name.endsWith('.json'));
+    assert.ok(files.length >= 3);
+    for (const file of files) {
+      const playing = host.carService.play(JSON.parse(fs.readFileSync(path.join(folder, file), 'utf8')));
+      host.carService.reset();
+      await playing;
+    }
   });
 
   test('with recording off the calls leave no record; reset turns it back on', async () => {
