@@ -21,9 +21,15 @@
 // the simulated car does, "->" what reaches the app.
 const fs = require('fs');
 const path = require('path');
-const host = require('../host');
-
-const rovanta = host.requireNapi('carService.rovanta');
+let host;
+let rovanta;
+try {
+  host = require('../host');
+  rovanta = host.requireNapi('carService.rovanta');
+} catch (error) {
+  console.error(error.message);
+  process.exit(1);
+}
 const car = host.carService;
 const SCENARIO = path.join(__dirname, '..', 'scenarios', 'session.json');
 const WAIT_MS = 5000;
