@@ -191,4 +191,25 @@ TEST_F(CarServiceTest, EmissionsSpreadOverServiceThreadsAndMayCallBackIntoTheCli
     EXPECT_EQ(g_received.events.back(), "disconnect -1");
     EXPECT_FALSE(car_.Listener().has_value());
 }
+
+// The emitter runs its due emissions in order, so once a timeline step due after a reaction's emission has been
+// played, that emission has returned too.
+TEST_F(CarServiceTest, ReactionsAndTimelinesEmitInOrderFromTheCarsOwnThread)
+{
+    EventListener listener{};
+    listener.onDeviceChange = OnDeviceChange;
+    listener.onDisconnectResult = OnDisconnectResult;
+    ASSERT_EQ(client_.RegisterCarConnectListener(listener), 0);
+    ASSERT_TRUE(car_.SetReaction("CastOperation", Reaction{7, {{3, {int32_t{1}}, 0ms}, {3, {int32_t{2}}, 0ms}}, 1}));
+    EXPECT_EQ(client_.CastOperation(0), 7);
+    EXPECT_EQ(client_.CastOperation(0), 0);
+
+    PlaybackOutcome outcome = car_.Await(car_.Play({{3, {int32_t{4}}, 5ms}, {3, {int32_t{3}}, 0ms}}));
+    EXPECT_EQ(outcome.emitted, 2u);
+    EXPECT_FALSE(outcome.stopped);
+    std::lock_guard<std::mutex> lock(g_received.mutex);
+    EXPECT_EQ(g_received.events, (std::vector<std::string>{"device 1", "device 2", "device 3", "device 4"}));
+    EXPECT_EQ(g_received.threads.size(), 1u);
+    EXPECT_EQ(g_received.threads.count(std::this_thread::get_id()), 0u);
+}
 } // namespace
