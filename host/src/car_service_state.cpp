@@ -297,6 +297,12 @@ PlaybackOutcome Service::Await(const std::shared_ptr<Playback> &playback)
 void Service::RegisterLocked(const EventListener &listener)
 {
     listener_ = listener;
+    // A callback record comes from a library whose static objects exist by now: stopping the emitter from here on
+    // exit happens before they are destroyed, even when the emitter started before that library was loaded.
+    if (!stopsAfterListenerLibrary_) {
+        stopsAfterListenerLibrary_ = true;
+        std::atexit(StopEmittingAtExit);
+    }
 }
 
 void Service::UnregisterLocked()
@@ -345,8 +351,8 @@ void Service::StopPlaybacksLocked()
     playbackEnded_.notify_all();
 }
 
-// Runs before the static objects that existed when the emitter started are destroyed (the module's among them),
-// so the emitter never calls into destroyed state.
+// Registered when the emitter starts and at the first registration of a callback record, so that it runs before
+// the static objects that existed at either point are destroyed: the emitter never calls into destroyed state.
 void Service::StopEmittingAtExit()
 {
     Service &service = Get();
@@ -356,7 +362,9 @@ void Service::StopEmittingAtExit()
         service.StopPlaybacksLocked();
         service.scheduleChanged_.notify_all();
     }
-    service.emitter_.join();
+    if (service.emitter_.joinable()) {
+        service.emitter_.join();
+    }
 }
 
 void Service::EmitLoop()

@@ -179,6 +179,7 @@ private:
     std::thread emitter_;
     bool emitting_ = false;
     bool exiting_ = false;
+    bool stopsAfterListenerLibrary_ = false;
     std::condition_variable scheduleChanged_;
     std::condition_variable emissionDone_;
     std::condition_variable playbackEnded_;
