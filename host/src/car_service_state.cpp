@@ -376,26 +376,28 @@ void Service::EmitLoop()
             continue;
         }
         auto next = schedule_.begin();
-        if (Clock::now() < next->first) {
-            scheduleChanged_.wait_until(lock, next->first);
+        // A copy: the entry may be gone by the time the wait reads the time again.
+        Clock::time_point due = next->first;
+        if (Clock::now() < due) {
+            scheduleChanged_.wait_until(lock, due);
             continue;
         }
-        Scheduled due = std::move(next->second);
+        Scheduled step = std::move(next->second);
         schedule_.erase(next);
-        const SlotBinding &binding = SlotBindings()[due.slot];
+        const SlotBinding &binding = SlotBindings()[step.slot];
         std::optional<EventListener> listener = listener_;
         bool delivered = listener && binding.isSet(*listener);
         emitting_ = true;
         lock.unlock();
         if (delivered) {
-            binding.invoke(*listener, due.args);
+            binding.invoke(*listener, step.args);
         }
         lock.lock();
         emitting_ = false;
         emissionDone_.notify_all();
-        if (due.playback && due.playback->remaining > 0) {
-            ++(delivered ? due.playback->outcome.emitted : due.playback->outcome.skipped);
-            if (--due.playback->remaining == 0) {
+        if (step.playback && step.playback->remaining > 0) {
+            ++(delivered ? step.playback->outcome.emitted : step.playback->outcome.skipped);
+            if (--step.playback->remaining == 0) {
                 playbackEnded_.notify_all();
             }
         }
