@@ -16,30 +16,65 @@
 'use strict';
 
 // A session with the car, told as it happens: the module loaded as the platform loads it, talking to the
-// simulated car service of the host platform. Lines starting with "app" are what the app's script does,
-// "car" what the simulated car service does, "->" what reaches the app.
-const host = require('../host');
-
-const rovanta = host.requireNapi('carService.rovanta');
+// simulated car service of the host platform, which plays scenarios/session.json: it answers the app's calls by
+// itself and drops the link for a moment. Lines starting with "app" are what the app's script does, "car" what
+// the simulated car does, "->" what reaches the app.
+const fs = require('fs');
+const path = require('path');
+let host;
+let rovanta;
+try {
+  host = require('../host');
+  rovanta = host.requireNapi('carService.rovanta');
+} catch (error) {
+  console.error(error.message);
+  process.exit(1);
+}
 const car = host.carService;
+const SCENARIO = path.join(__dirname, '..', 'scenarios', 'session.json');
+const WAIT_MS = 5000;
 
 function say(who, text) {
   console.log(`${who.padEnd(4)} ${text}`);
 }
 
-function delay(ms) {
-  return new Promise((resolve) => setTimeout(resolve, ms));
+// Every listener call so far, and the waits for one still to come.
+const received = [];
+const waiting = new Set();
+
+function arrived(name, args) {
+  received.push({ name, args });
+  for (const waiter of waiting) waiter();
 }
 
-async function waitForRegistration() {
-  while (!car.isRegistered()) await delay(5);
+// Resolves with the arguments of the first listener call of `name` whose arguments satisfy `matches`, whenever
+// it came; rejects after WAIT_MS, naming what it waited for.
+function eventOf(name, what, matches = () => true) {
+  return new Promise((resolve, reject) => {
+    const check = () => {
+      const event = received.find((e) => e.name === name && matches(...e.args));
+      if (event) {
+        waiting.delete(check);
+        clearTimeout(timer);
+        resolve(event.args);
+      }
+    };
+    const timer = setTimeout(() => {
+      waiting.delete(check);
+      reject(new Error(`waited ${WAIT_MS} ms for ${what} (${name}), in vain`));
+    }, WAIT_MS);
+    waiting.add(check);
+    check();
+  });
 }
 
-// The car answers on its own threads; the module moves each answer to this (main) thread.
-async function carSays(callback, ...args) {
-  say('car', `${callback}(${args.map((a) => JSON.stringify(a)).join(', ')})`);
-  car.emit(callback, ...args);
-  await host.mainRunner.whenIdle();
+// Polls a state of the simulated car that no event announces; bounded like eventOf.
+async function stateOf(condition, what) {
+  const deadline = Date.now() + WAIT_MS;
+  while (!condition()) {
+    if (Date.now() > deadline) throw new Error(`waited ${WAIT_MS} ms for ${what}, in vain`);
+    await new Promise((resolve) => setImmediate(resolve));
+  }
 }
 
 function callbackForm(adapter, method, ...args) {
@@ -49,24 +84,31 @@ function callbackForm(adapter, method, ...args) {
 const listener = {
   onBindResult(deviceId, result, status, content) {
     say('->', `onBindResult: device ${deviceId}, result ${result}, status ${status}, content ${content}`);
+    arrived('onBindResult', [deviceId, result, status, content]);
   },
   onDataReceive(type, data) {
     say('->', `onDataReceive: type ${type}, data ${data}`);
+    arrived('onDataReceive', [type, data]);
   },
   onDeviceStateChange(state, deviceInfo) {
     say('->', `onDeviceStateChange: state ${state}, device ${deviceInfo}`);
+    arrived('onDeviceStateChange', [state, deviceInfo]);
   },
   onDeviceChange(state) {
     say('->', `onDeviceChange: state ${state}`);
+    arrived('onDeviceChange', [state]);
   },
   onDeviceServiceStateChange(serviceId, state, serviceType) {
     say('->', `onDeviceServiceStateChange: service ${serviceId}, state ${state}, type ${serviceType}`);
+    arrived('onDeviceServiceStateChange', [serviceId, state, serviceType]);
   },
   onSurfaceTransferOnEvent(code, eventId, category) {
     say('->', `onSurfaceTransferOnEvent: code ${code}, event ${eventId}, category ${category}`);
+    arrived('onSurfaceTransferOnEvent', [code, eventId, category]);
   },
   onDisconnectResult(result) {
     say('->', `onDisconnectResult: result ${result}`);
+    arrived('onDisconnectResult', [result]);
   },
 };
 
@@ -86,20 +128,22 @@ async function main() {
   say('app', 'getCarConnectAdapter() as a system app holding ohos.permission.ALLOW_CONNECT_CAR');
 
   say('app', `registerConnectListener("demo", listener) = ${adapter.registerConnectListener('demo', listener)}`);
-  await waitForRegistration();
+  await stateOf(() => car.isRegistered(), "the car's record of the module's seven callbacks");
   say('car', 'the module registered its seven callbacks from a background thread');
 
-  const bindInfo = { NETWORK_ID: 'net-42', DEVICE_NAME: 'Family car', BIND_TYPE: 1, HAS_PIN: false };
-  say('app', `bindTarget(1, ${JSON.stringify(bindInfo)}) -> ${await adapter.bindTarget(1, bindInfo)}`);
-  const [bindCall] = car.calls().filter((c) => c.member === 'StartBindTarget');
-  say('car', `received StartBindTarget(${bindCall.args.map((a) => JSON.stringify(a)).join(', ')})`);
-  await carSays('OnBindResult', 'car-01', 0, 2, '{"pin":"ok"}');
-  await carSays('OnDeviceStateChange', 1, '{"id":"car-01","name":"Family car"}');
-  await carSays('OnDeviceChange', 1);
-  await carSays('OnDeviceServiceStateChange', 'navigation', 1, 3);
+  say('car', `plays ${path.relative(process.cwd(), SCENARIO)}: answers of its own, and a dropped link later on`);
+  const played = car.play(JSON.parse(fs.readFileSync(SCENARIO, 'utf8')));
+  await eventOf('onDeviceChange', 'the car coming into range', (state) => state === 1);
+
+  const bindInfo = { NETWORK_ID: 'net-42', DEVICE_NAME: 'Family car', BIND_TYPE: 1, HAS_PIN: true };
+  say('app', `bindTarget(BLUETOOTH_DISCOVERY, ${JSON.stringify(bindInfo)}) -> ` +
+    `${await adapter.bindTarget(rovanta.DiscoveryMode.BLUETOOTH_DISCOVERY, bindInfo)}`);
+  await eventOf('onBindResult', 'the car asking for a PIN', (deviceId, result, status) => status === 1);
+  say('app', `sendControlData(1, PIN) -> ${await adapter.sendControlData(1, '{"PIN_CODE":"4711"}')}`);
+  await eventOf('onBindResult', 'the bond', (deviceId, result, status) => status === 2);
 
   say('app', `startSurfaceTransfer({ DISPLAY_ID: 0 }) -> ${await adapter.startSurfaceTransfer({ DISPLAY_ID: 0 })}`);
-  await carSays('OnSurfaceTransferOnEvent', 0, 1, 'surface-started');
+  await eventOf('onSurfaceTransferOnEvent', 'the surface transfer starting', (c, e, category) => category === 'surface-started');
   say('app', `castOperation(2), callback form -> ${await callbackForm(adapter, 'castOperation', 2)}`);
 
   car.setDeviceInfo('{"model":"Roadster","vin":"RV0001"}');
@@ -107,8 +151,12 @@ async function main() {
   say('app', `getDeviceInfo(1), callback form -> ${await callbackForm(adapter, 'getDeviceInfo', 1)} (the callback gets the code)`);
 
   say('app', `sendEvent(4, "{\\"door\\":\\"open\\"}") -> ${await adapter.sendEvent(4, '{"door":"open"}')}`);
-  say('app', `sendControlData(3, "volume=7") -> ${await adapter.sendControlData(3, 'volume=7')}`);
-  await carSays('OnDataReceive', 3, 'volume=7 applied');
+  await eventOf('onDataReceive', "the car's answer to the event", (type) => type === 4);
+
+  await eventOf('onDeviceStateChange', 'the link dropping', (state, info) => state === 0 && info.includes('link lost'));
+  await eventOf('onDeviceStateChange', 'the link coming back', (state, info) => state === 1 && info.includes('link back'));
+  const outcome = await played;
+  say('car', `timeline played: ${outcome.emitted} emitted, ${outcome.skipped} skipped`);
 
   car.setResult('CastOperation', -5);
   say('app', `castOperation(9) with the car refusing -> ${await adapter.castOperation(9)} (a service code resolves)`);
@@ -119,12 +167,12 @@ async function main() {
   }
 
   say('app', `stopSurfaceTransfer() -> ${await adapter.stopSurfaceTransfer()}`);
-  await carSays('OnSurfaceTransferOnEvent', 0, 2, 'surface-stopped');
+  await eventOf('onSurfaceTransferOnEvent', 'the surface transfer stopping', (c, e, category) => category === 'surface-stopped');
   say('app', `unbindTarget(1) -> ${await adapter.unbindTarget(1)}`);
   say('app', `disconnectDevice() -> ${await adapter.disconnectDevice()}`);
-  await carSays('OnDisconnectResult', 0);
+  await eventOf('onDisconnectResult', 'the disconnect result');
 
-  car.setResult('CastOperation', 0);
+  car.reset();
   say('', 'every operation in both forms: a promise, or a trailing callback that gets one number');
   const operations = [
     ['bindTarget', 1, { NETWORK_ID: 'net-42' }],
@@ -144,11 +192,10 @@ async function main() {
   }
 
   say('app', `unregisterConnectListener() = ${adapter.unregisterConnectListener()}`);
-  say('car', `callbacks registered: ${car.isRegistered()}`);
-  say('', `the module wrote ${host.hilog.lines().length} log lines; the service saw ${car.calls().length} calls`);
+  say('', `the module wrote ${host.hilog.lines().length} log lines`);
 }
 
 main().catch((error) => {
-  console.error(error);
+  console.error(error.message);
   process.exitCode = 1;
 });

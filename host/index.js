@@ -30,6 +30,9 @@ const WAIT_POLL_MS = 5;
 // Some engines hand a library that registers itself with napi_module_register the module record in place of
 // record.exports and then store the record as its own exports; the record's `exports` key is not the module's.
 function dlopen(file) {
+  if (!fs.existsSync(file)) {
+    throw new Error(`${file} does not exist: run "npm run build" in ${path.resolve(__dirname, '..')} to build it`);
+  }
   const record = { exports: {} };
   process.dlopen(record, file);
   const { exports } = record;
@@ -62,7 +65,7 @@ function requireNapi(name) {
   const file = modulePath(name);
   if (!loadedModules.has(file)) {
     if (!fs.existsSync(file)) {
-      throw new Error(`no native module ${name}: ${file} does not exist`);
+      throw new Error(`no native module ${name}: ${file} does not exist (npm run build builds carService.rovanta)`);
     }
     loadedModules.set(file, dlopen(file));
   }
@@ -126,6 +129,15 @@ module.exports = {
     failRegistrations: (n) => native.carFailRegistrations(n),
     setDeviceInfo: (text) => native.carSetDeviceInfo(text),
     setDelay: (member, ms) => native.carSetDelay(member, ms),
+    // From now on the car answers each call of member by itself: { result, emit: [{ callback, args, delayMs }],
+    // times }; null removes the reaction. Checked whole before it is installed; an error names the field.
+    onCall: (member, reaction) => native.carOnCall(member, reaction),
+    // { reactions: { member: reaction }, timeline: [{ atMs, callback, args }] }, checked whole before anything
+    // runs. Resolves with { emitted, skipped, stopped } once every step has been emitted (skipped: no record was
+    // registered) or reset() stopped the timeline.
+    play: (scenario) => native.carPlay(scenario),
+    // Whether calls are recorded (default true; reset() turns it back on).
+    setRecording: (enabled) => native.carSetRecording(enabled),
     // [{ member, args }]
     calls: () => native.carCalls(),
     clearCalls: () => native.carClearCalls(),

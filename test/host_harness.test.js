@@ -16,6 +16,8 @@
 'use strict';
 
 // The host harness that every other suite stands on: what its stand-ins record and refuse.
+const fs = require('fs');
+const path = require('path');
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, register } = require('./support/rovanta');
@@ -97,6 +99,112 @@ test.describe('the simulated car service', () => {
     await register(adapter, 's', validListener());
     host.carService.reset();
     assert.equal(host.carService.isRegistered(), false);
+  });
+});
+
+test.describe('a car that answers', () => {
+  // A listener that records every event it receives, and the adapter it is registered on.
+  async function recordingSession() {
+    const events = [];
+    const record = (name) => (...args) => events.push([name, ...args]);
+    const adapter = rovanta.getCarConnectAdapter();
+    adapter.registerConnectListener('s', {
+      onBindResult: record('onBindResult'),
+      onDataReceive: record('onDataReceive'),
+      onDeviceStateChange: record('onDeviceStateChange'),
+      onDeviceChange: record('onDeviceChange'),
+      onDisconnectResult: record('onDisconnectResult'),
+    });
+    await until(() => host.carService.isRegistered(), 'the callback record');
+    return { adapter, events };
+  }
+
+  test('a malformed reaction or scenario throws naming the field and installs nothing', async () => {
+    const faults = [
+      [() => host.carService.onCall('CastOperations', {}), /member: no client member is named CastOperations/],
+      [() => host.carService.onCall('CastOperation', { result: 1, delay: 5 }), /reaction\.delay is not a field/],
+      [() => host.carService.onCall('CastOperation', { emit: [{ callback: 'OnDeviceChange', args: [1], delayMs: -1 }] }),
+        /reaction\.emit\[0\]\.delayMs must be a whole number/],
+      [() => host.carService.onCall('CastOperation', { emit: [{ callback: 'OnDeviceChange', args: ['1'] }] }),
+        /reaction\.emit\[0\]\.args\[0\] must be a number/],
+      [() => host.carService.onCall('CastOperation', { emit: [{ callback: 'OnBindResult', args: ['d', 1] }] }),
+        /reaction\.emit\[0\]\.args: OnBindResult takes 4 arguments, got 2/],
+      [() => host.carService.play({
+        reactions: { CastOperation: { result: 7 } },
+        timeline: [{ atMs: 0, callback: 'OnDeviceChange', args: [1] }, { atMs: 5, callback: 'OnDeviceChanged', args: [1] }],
+      }), /timeline\[1\]\.callback: no callback is named OnDeviceChanged/],
+      [() => host.carService.play({ reactions: { CastOperation: { result: 7 }, Cast: {} } }), /reactions\.Cast: no client/],
+    ];
+    for (const [fault, message] of faults) assert.throws(fault, message);
+    const { adapter, events } = await recordingSession();
+    assert.equal(await adapter.castOperation(1), 0);
+    await host.mainRunner.whenIdle();
+    assert.deepEqual(events, []);
+  });
+
+  test('a reaction returns its result, emits its callbacks in order after the call, and ends after `times`', async () => {
+    const { adapter, events } = await recordingSession();
+    host.carService.setResult('StartBindTarget', 3);
+    host.carService.onCall('StartBindTarget', {
+      result: -2,
+      times: 2,
+      emit: [
+        { callback: 'OnBindResult', args: ['car-1', 0, 2, 'pin'], delayMs: 20 },
+        { callback: 3, args: [4294967297] },
+      ],
+    });
+    assert.equal(await adapter.bindTarget(1, {}), -2);
+    await until(() => events.length === 2, 'the two emitted callbacks');
+    assert.deepEqual(events, [['onBindResult', 'car-1', 0, 2, 'pin'], ['onDeviceChange', 1]]);
+    assert.equal(await adapter.bindTarget(1, {}), -2);
+    assert.equal(await adapter.bindTarget(1, {}), 3);
+    host.carService.onCall('CastOperation', { result: 9 });
+    host.carService.onCall('CastOperation', null);
+    assert.equal(await adapter.castOperation(1), 0);
+    await until(() => events.length === 4, 'the callbacks of the second answered call');
+  });
+
+  test('play emits the timeline by offset, counts steps with no record as skipped, and stops on reset', async () => {
+    const early = await host.carService.play({ timeline: [{ atMs: 0, callback: 'OnDeviceChange', args: [1] }] });
+    assert.deepEqual(early, { emitted: 0, skipped: 1, stopped: false });
+    const { adapter, events } = await recordingSession();
+    const outcome = await host.carService.play({
+      reactions: { DisconnectDevice: { emit: [{ callback: 'OnDisconnectResult', args: [0] }] } },
+      timeline: [
+        { atMs: 30, callback: 'OnDataReceive', args: [2, 'late'] },
+        { atMs: 0, callback: 'OnDataReceive', args: [1, 'early'] },
+      ],
+    });
+    assert.deepEqual(outcome, { emitted: 2, skipped: 0, stopped: false });
+    await host.mainRunner.whenIdle();
+    assert.deepEqual(events, [['onDataReceive', 1, 'early'], ['onDataReceive', 2, 'late']]);
+    await adapter.disconnectDevice();
+    await until(() => events.length === 3, 'the disconnect result the reaction emits');
+
+    const playing = host.carService.play({ timeline: [{ atMs: 3600000, callback: 'OnDeviceChange', args: [1] }] });
+    host.carService.reset();
+    assert.deepEqual(await playing, { emitted: 0, skipped: 0, stopped: true });
+  });
+
+  test('every shipped scenario passes the checks', async () => {
+    const folder = path.join(__dirname, '..', 'scenarios');
+    const files = fs.readdirSync(folder).filter((name) => name.endsWith('.json'));
+    assert.ok(files.length >= 3);
+    for (const file of files) {
+      const playing = host.carService.play(JSON.parse(fs.readFileSync(path.join(folder, file), 'utf8')));
+      host.carService.reset();
+      await playing;
+    }
+  });
+
+  test('with recording off the calls leave no record; reset turns it back on', async () => {
+    const adapter = rovanta.getCarConnectAdapter();
+    host.carService.setRecording(false);
+    assert.equal(await adapter.castOperation(1), 0);
+    assert.deepEqual(host.carService.calls(), []);
+    host.carService.reset();
+    await adapter.castOperation(2);
+    assert.deepEqual(host.carService.calls(), [{ member: 'CastOperation', args: [2] }]);
   });
 });
 

@@ -13,12 +13,14 @@
  * limitations under the License.
  */
 
-#include "car_service_state.h"
+// The simulated car service: its state, the client members' record of calls, and the car's own emitter thread
+// that runs reactions and timelines.
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
-#include <thread>
+#include <cstdlib>
+
+#include "ohos_host/car_service_sim.h"
 
 namespace OHOS {
 namespace Host {
@@ -46,11 +48,10 @@ struct SlotBinding {
 constexpr ParamKind INTEGER = ParamKind::INTEGER;
 constexpr ParamKind STRING = ParamKind::STRING;
 
+// Never destroyed, like the service: the car's threads may emit while the process exits.
 const std::vector<SlotBinding> &SlotBindings()
 {
-    // This table and the two below are never destroyed: registration and service threads may still read them
-    // while the process runs its static destructors.
-    static const std::vector<SlotBinding> &bindings = *new std::vector<SlotBinding>{
+    static const auto *bindings = new std::vector<SlotBinding>{
         {{"OnBindResult", {STRING, INTEGER, INTEGER, STRING}},
          [](const EventListener &l) { return l.onBindResult != nullptr; },
          [](const EventListener &l, const std::vector<EmitArg> &a) {
@@ -81,7 +82,7 @@ const std::vector<SlotBinding> &SlotBindings()
          [](const EventListener &l) { return l.onDisconnectResult != nullptr; },
          [](const EventListener &l, const std::vector<EmitArg> &a) { l.onDisconnectResult(IntArg(a, 0)); }},
     };
-    return bindings;
+    return *bindings;
 }
 
 bool ArgsFit(const std::vector<ParamKind> &params, const std::vector<EmitArg> &args)
@@ -100,75 +101,95 @@ std::string Signature(const CallbackSlot &slot)
     }
     return signature + ")";
 }
+
+size_t MemberRow(std::string_view member)
+{
+    std::optional<size_t> row = FindMember(member);
+    if (!row) {
+        std::abort(); // the client library names a member that MEMBERS lacks
+    }
+    return *row;
+}
 } // namespace
 
-const std::vector<std::string> &MemberNames()
+class Service::Playback {
+public:
+    explicit Playback(size_t steps) : remaining(steps) {}
+
+    size_t remaining;
+    PlaybackOutcome outcome;
+};
+
+std::optional<size_t> FindMember(std::string_view name)
 {
-    static const std::vector<std::string> &names = *new std::vector<std::string>{
-        "RegisterCarConnectListener",
-        "UnRegisterCarConnectListener",
-        "StartBindTarget",
-        "StopBindTarget",
-        "SendControlData",
-        "StartSurfaceTransfer",
-        "StopSurfaceTransfer",
-        "CastOperation",
-        "DisconnectDevice",
-        "GetDeviceInfo",
-        "SendEventTo",
-    };
-    return names;
+    auto found = std::find(MEMBERS.begin(), MEMBERS.end(), name);
+    if (found == MEMBERS.end()) {
+        return std::nullopt;
+    }
+    return static_cast<size_t>(found - MEMBERS.begin());
 }
 
 const std::vector<CallbackSlot> &CallbackSlots()
 {
-    static const std::vector<CallbackSlot> &slots = *new std::vector<CallbackSlot>([] {
+    static const auto *slots = new std::vector<CallbackSlot>([] {
         std::vector<CallbackSlot> collected;
         for (const SlotBinding &binding : SlotBindings()) {
             collected.push_back(binding.slot);
         }
         return collected;
     }());
-    return slots;
+    return *slots;
 }
 
-ServiceState &ServiceState::Get()
+Service &Service::Get()
 {
-    // Never destroyed: service threads may still call in while the process exits.
-    static ServiceState *state = new ServiceState();
-    return *state;
+    // Never destroyed: the module's threads and the car's may still call in while the process exits.
+    static Service *service = new Service();
+    return *service;
 }
 
-std::optional<size_t> ServiceState::FindMember(const std::string &name)
+int Service::Serve(std::string_view member, std::vector<CallArg> args, const Settle &settle)
 {
-    const std::vector<std::string> &names = MemberNames();
-    auto found = std::find(names.begin(), names.end(), name);
-    if (found == names.end()) {
-        return std::nullopt;
-    }
-    return static_cast<size_t>(found - names.begin());
-}
-
-int ServiceState::Serve(Member member, std::vector<CallArg> args, const Settle &settle)
-{
-    size_t index = static_cast<size_t>(member);
+    size_t row = MemberRow(member);
     std::chrono::milliseconds delay;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        calls_.push_back({MemberNames()[index], std::move(args)});
-        delay = delays_[index];
+        if (recording_) {
+            calls_.push_back({std::string(member), std::move(args)});
+        }
+        delay = delays_[row];
     }
     if (delay.count() > 0) {
         std::this_thread::sleep_for(delay);
     }
     std::lock_guard<std::mutex> lock(mutex_);
-    return settle ? settle(*this, results_[index]) : results_[index];
+    int result = results_[row];
+    std::optional<Reaction> &reaction = reactions_[row];
+    if (reaction) {
+        result = reaction->result.value_or(result);
+        Clock::time_point due = Clock::now();
+        for (const TimedEmit &step : reaction->emit) {
+            due += step.delay;
+            ScheduleLocked(due, step.slot, step.args, nullptr);
+        }
+        if (reaction->times && --*reaction->times == 0) {
+            reaction.reset();
+        }
+    }
+    return settle ? settle(*this, result) : result;
 }
 
-void ServiceState::Reset()
+void Service::Reset()
 {
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::unique_lock<std::mutex> lock(mutex_);
+    // Nothing new is scheduled once the reactions are gone; then the callback being emitted, if any, returns.
+    reactions_.fill(std::nullopt);
+    StopPlaybacksLocked();
+    if (std::this_thread::get_id() != emitter_.get_id()) {
+        emissionDone_.wait(lock, [this] { return !emitting_; });
+    }
     calls_.clear();
+    recording_ = true;
     results_.fill(0);
     delays_.fill(std::chrono::milliseconds(0));
     registrationFailures_ = 0;
@@ -176,79 +197,120 @@ void ServiceState::Reset()
     listener_.reset();
 }
 
-bool ServiceState::SetResult(const std::string &member, int code)
+bool Service::SetResult(std::string_view member, int code)
 {
-    std::optional<size_t> index = FindMember(member);
-    if (!index) {
+    std::optional<size_t> row = FindMember(member);
+    if (!row) {
         return false;
     }
     std::lock_guard<std::mutex> lock(mutex_);
-    results_[*index] = code;
+    results_[*row] = code;
     return true;
 }
 
-bool ServiceState::SetDelay(const std::string &member, std::chrono::milliseconds delay)
+bool Service::SetDelay(std::string_view member, std::chrono::milliseconds delay)
 {
-    std::optional<size_t> index = FindMember(member);
-    if (!index) {
+    std::optional<size_t> row = FindMember(member);
+    if (!row) {
         return false;
     }
     std::lock_guard<std::mutex> lock(mutex_);
-    delays_[*index] = delay;
+    delays_[*row] = delay;
     return true;
 }
 
-void ServiceState::FailRegistrations(uint32_t count)
+bool Service::SetReaction(std::string_view member, std::optional<Reaction> reaction)
+{
+    std::optional<size_t> row = FindMember(member);
+    if (!row) {
+        return false;
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    reactions_[*row] = std::move(reaction);
+    return true;
+}
+
+void Service::FailRegistrations(uint32_t count)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     registrationFailures_ = count;
 }
 
-void ServiceState::SetDeviceInfo(const std::string &info)
+void Service::SetDeviceInfo(const std::string &info)
 {
     std::lock_guard<std::mutex> lock(mutex_);
     deviceInfo_ = info;
 }
 
-std::vector<Call> ServiceState::Calls()
+void Service::SetRecording(bool enabled)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    recording_ = enabled;
+}
+
+std::vector<Call> Service::Calls()
 {
     std::lock_guard<std::mutex> lock(mutex_);
     return calls_;
 }
 
-void ServiceState::ClearCalls()
+void Service::ClearCalls()
 {
     std::lock_guard<std::mutex> lock(mutex_);
     calls_.clear();
 }
 
-std::optional<size_t> ServiceState::CountCalls(const std::string &member)
+std::optional<size_t> Service::CountCalls(std::string_view member)
 {
     if (!FindMember(member)) {
         return std::nullopt;
     }
     std::lock_guard<std::mutex> lock(mutex_);
     return static_cast<size_t>(
-        std::count_if(calls_.begin(), calls_.end(), [&member](const Call &call) { return call.member == member; }));
+        std::count_if(calls_.begin(), calls_.end(), [member](const Call &call) { return call.member == member; }));
 }
 
-std::optional<EventListener> ServiceState::Listener()
+std::optional<EventListener> Service::Listener()
 {
     std::lock_guard<std::mutex> lock(mutex_);
     return listener_;
 }
 
-void ServiceState::RegisterLocked(const EventListener &listener)
+std::shared_ptr<Service::Playback> Service::Play(std::vector<TimedEmit> steps)
 {
-    listener_ = listener;
+    auto playback = std::make_shared<Playback>(steps.size());
+    std::lock_guard<std::mutex> lock(mutex_);
+    Clock::time_point start = Clock::now();
+    for (TimedEmit &step : steps) {
+        ScheduleLocked(start + step.delay, step.slot, std::move(step.args), playback);
+    }
+    return playback;
 }
 
-void ServiceState::UnregisterLocked()
+PlaybackOutcome Service::Await(const std::shared_ptr<Playback> &playback)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    playbackEnded_.wait(lock, [&playback] { return playback->remaining == 0; });
+    return playback->outcome;
+}
+
+void Service::RegisterLocked(const EventListener &listener)
+{
+    listener_ = listener;
+    // A callback record comes from a library whose static objects exist by now: stopping the emitter from here on
+    // exit happens before they are destroyed, even when the emitter started before that library was loaded.
+    if (!stopsAfterListenerLibrary_) {
+        stopsAfterListenerLibrary_ = true;
+        std::atexit(StopEmittingAtExit);
+    }
+}
+
+void Service::UnregisterLocked()
 {
     listener_.reset();
 }
 
-bool ServiceState::TakeRegistrationFailureLocked()
+bool Service::TakeRegistrationFailureLocked()
 {
     if (registrationFailures_ == 0) {
         return false;
@@ -257,54 +319,89 @@ bool ServiceState::TakeRegistrationFailureLocked()
     return true;
 }
 
-const std::string &ServiceState::DeviceInfoLocked() const
+const std::string &Service::DeviceInfoLocked() const
 {
     return deviceInfo_;
 }
 
-void Reset()
+void Service::ScheduleLocked(Clock::time_point due, size_t slot, std::vector<EmitArg> args,
+                             const std::shared_ptr<Playback> &playback)
 {
-    ServiceState::Get().Reset();
+    if (exiting_) {
+        return;
+    }
+    if (!emitter_.joinable()) {
+        emitter_ = std::thread(&Service::EmitLoop, this);
+        std::atexit(StopEmittingAtExit);
+    }
+    schedule_.emplace(due, Scheduled{slot, std::move(args), playback});
+    scheduleChanged_.notify_one();
 }
 
-bool SetResult(const std::string &member, int code)
+// Ends every timeline still scheduled as stopped; a step being emitted finishes on its own.
+void Service::StopPlaybacksLocked()
 {
-    return ServiceState::Get().SetResult(member, code);
+    for (auto &entry : schedule_) {
+        if (const std::shared_ptr<Playback> &playback = entry.second.playback) {
+            playback->outcome.stopped = true;
+            playback->remaining = 0;
+        }
+    }
+    schedule_.clear();
+    playbackEnded_.notify_all();
 }
 
-bool SetDelay(const std::string &member, std::chrono::milliseconds delay)
+// Registered when the emitter starts and at the first registration of a callback record, so that it runs before
+// the static objects that existed at either point are destroyed: the emitter never calls into destroyed state.
+void Service::StopEmittingAtExit()
 {
-    return ServiceState::Get().SetDelay(member, delay);
+    Service &service = Get();
+    {
+        std::lock_guard<std::mutex> lock(service.mutex_);
+        service.exiting_ = true;
+        service.StopPlaybacksLocked();
+        service.scheduleChanged_.notify_all();
+    }
+    if (service.emitter_.joinable()) {
+        service.emitter_.join();
+    }
 }
 
-void FailRegistrations(uint32_t count)
+void Service::EmitLoop()
 {
-    ServiceState::Get().FailRegistrations(count);
-}
-
-void SetDeviceInfo(const std::string &info)
-{
-    ServiceState::Get().SetDeviceInfo(info);
-}
-
-std::vector<Call> Calls()
-{
-    return ServiceState::Get().Calls();
-}
-
-void ClearCalls()
-{
-    ServiceState::Get().ClearCalls();
-}
-
-std::optional<size_t> CountCalls(const std::string &member)
-{
-    return ServiceState::Get().CountCalls(member);
-}
-
-bool IsRegistered()
-{
-    return ServiceState::Get().Listener().has_value();
+    std::unique_lock<std::mutex> lock(mutex_);
+    while (!exiting_) {
+        if (schedule_.empty()) {
+            scheduleChanged_.wait(lock);
+            continue;
+        }
+        auto next = schedule_.begin();
+        // A copy: the entry may be gone by the time the wait reads the time again.
+        Clock::time_point due = next->first;
+        if (Clock::now() < due) {
+            scheduleChanged_.wait_until(lock, due);
+            continue;
+        }
+        Scheduled step = std::move(next->second);
+        schedule_.erase(next);
+        const SlotBinding &binding = SlotBindings()[step.slot];
+        std::optional<EventListener> listener = listener_;
+        bool delivered = listener && binding.isSet(*listener);
+        emitting_ = true;
+        lock.unlock();
+        if (delivered) {
+            binding.invoke(*listener, step.args);
+        }
+        lock.lock();
+        emitting_ = false;
+        emissionDone_.notify_all();
+        if (step.playback && step.playback->remaining > 0) {
+            ++(delivered ? step.playback->outcome.emitted : step.playback->outcome.skipped);
+            if (--step.playback->remaining == 0) {
+                playbackEnded_.notify_all();
+            }
+        }
+    }
 }
 
 Emission::Emission(const EventListener &listener, size_t slot, std::vector<EmitArg> args)
@@ -365,7 +462,7 @@ std::optional<Emission> PrepareEmission(size_t slot, std::vector<EmitArg> args, 
         error = "arguments do not fit " + Signature(binding.slot);
         return std::nullopt;
     }
-    std::optional<EventListener> listener = ServiceState::Get().Listener();
+    std::optional<EventListener> listener = Service::Get().Listener();
     if (!listener) {
         error = "no car connect listener is registered";
         return std::nullopt;

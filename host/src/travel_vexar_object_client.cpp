@@ -17,23 +17,22 @@
 
 #include <map>
 
-#include "car_service_state.h"
+#include "ohos_host/car_service_sim.h"
 
 namespace OHOS {
 namespace TravelService {
 namespace {
 using Host::CarService::CallArg;
-using Host::CarService::Member;
-using Host::CarService::ServiceState;
+using Host::CarService::Service;
 
 std::map<std::string, std::string> CopyMap(const std::unordered_map<std::string, std::string> &map)
 {
     return {map.begin(), map.end()};
 }
 
-int Serve(Member member, std::vector<CallArg> args = {}, const ServiceState::Settle &settle = nullptr)
+int Serve(std::string_view member, std::vector<CallArg> args = {}, const Service::Settle &settle = nullptr)
 {
-    return ServiceState::Get().Serve(member, std::move(args), settle);
+    return Service::Get().Serve(member, std::move(args), settle);
 }
 } // namespace
 
@@ -54,7 +53,7 @@ sptr<TravelVexarObjectClient> TravelVexarObjectClient::GetInstance()
 // A registration that fails, through FailRegistrations or a non-zero result, keeps nothing.
 int TravelVexarObjectClient::RegisterCarConnectListener(const EventListener &listener)
 {
-    return Serve(Member::REGISTER_CAR_CONNECT_LISTENER, {}, [&listener](ServiceState &state, int result) {
+    return Serve("RegisterCarConnectListener", {}, [&listener](Service &state, int result) {
         if (state.TakeRegistrationFailureLocked()) {
             return -1;
         }
@@ -68,7 +67,7 @@ int TravelVexarObjectClient::RegisterCarConnectListener(const EventListener &lis
 // An unregistration with a non-zero result keeps the listener.
 int TravelVexarObjectClient::UnRegisterCarConnectListener()
 {
-    return Serve(Member::UNREGISTER_CAR_CONNECT_LISTENER, {}, [](ServiceState &state, int result) {
+    return Serve("UnRegisterCarConnectListener", {}, [](Service &state, int result) {
         if (result == 0) {
             state.UnregisterLocked();
         }
@@ -78,43 +77,43 @@ int TravelVexarObjectClient::UnRegisterCarConnectListener()
 
 int TravelVexarObjectClient::StartBindTarget(int bindType, std::unordered_map<std::string, std::string> &deviceInfo)
 {
-    return Serve(Member::START_BIND_TARGET, {int64_t{bindType}, CopyMap(deviceInfo)});
+    return Serve("StartBindTarget", {int64_t{bindType}, CopyMap(deviceInfo)});
 }
 
 int TravelVexarObjectClient::StopBindTarget(int bindType)
 {
-    return Serve(Member::STOP_BIND_TARGET, {int64_t{bindType}});
+    return Serve("StopBindTarget", {int64_t{bindType}});
 }
 
 int TravelVexarObjectClient::SendControlData(int dataType, std::string &data)
 {
-    return Serve(Member::SEND_CONTROL_DATA, {int64_t{dataType}, data});
+    return Serve("SendControlData", {int64_t{dataType}, data});
 }
 
 int TravelVexarObjectClient::StartSurfaceTransfer(const std::unordered_map<std::string, std::string> &surfaceInfo)
 {
-    return Serve(Member::START_SURFACE_TRANSFER, {CopyMap(surfaceInfo)});
+    return Serve("StartSurfaceTransfer", {CopyMap(surfaceInfo)});
 }
 
 int TravelVexarObjectClient::StopSurfaceTransfer()
 {
-    return Serve(Member::STOP_SURFACE_TRANSFER);
+    return Serve("StopSurfaceTransfer");
 }
 
 int TravelVexarObjectClient::CastOperation(int operation)
 {
-    return Serve(Member::CAST_OPERATION, {int64_t{operation}});
+    return Serve("CastOperation", {int64_t{operation}});
 }
 
 int TravelVexarObjectClient::DisconnectDevice()
 {
-    return Serve(Member::DISCONNECT_DEVICE);
+    return Serve("DisconnectDevice");
 }
 
 // The device information is written whatever the result.
 int TravelVexarObjectClient::GetDeviceInfo(DeviceInfoType type, std::string &deviceInfo)
 {
-    return Serve(Member::GET_DEVICE_INFO, {static_cast<int64_t>(type)}, [&deviceInfo](ServiceState &state, int result) {
+    return Serve("GetDeviceInfo", {static_cast<int64_t>(type)}, [&deviceInfo](Service &state, int result) {
         deviceInfo = state.DeviceInfoLocked();
         return result;
     });
@@ -122,7 +121,7 @@ int TravelVexarObjectClient::GetDeviceInfo(DeviceInfoType type, std::string &dev
 
 int TravelVexarObjectClient::SendEventTo(const EventType &eventType, std::string &data)
 {
-    return Serve(Member::SEND_EVENT_TO, {static_cast<int64_t>(eventType), data});
+    return Serve("SendEventTo", {static_cast<int64_t>(eventType), data});
 }
 } // namespace TravelService
 } // namespace OHOS

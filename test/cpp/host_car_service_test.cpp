@@ -71,12 +71,13 @@ class CarServiceTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        Reset();
+        car_.Reset();
         std::lock_guard<std::mutex> lock(g_received.mutex);
         g_received.events.clear();
         g_received.threads.clear();
     }
 
+    Service &car_ = Service::Get();
     TravelVexarObjectClient &client_ = *TravelVexarObjectClient::GetInstance();
 };
 
@@ -86,16 +87,16 @@ TEST_F(CarServiceTest, RecordsCallsWithArgumentsCopiedAtCallTimeAndReturnsConfig
     std::string data = "payload";
     EXPECT_EQ(client_.StartBindTarget(2, deviceInfo), 0);
     deviceInfo["id"] = "changed";
-    ASSERT_TRUE(SetResult("SendEventTo", 401));
-    EXPECT_FALSE(SetResult("NoSuchMember", 1));
+    ASSERT_TRUE(car_.SetResult("SendEventTo", 401));
+    EXPECT_FALSE(car_.SetResult("NoSuchMember", 1));
     EXPECT_EQ(client_.SendEventTo(static_cast<EventType>(7), data), 401);
-    SetDeviceInfo("{\"model\":\"X\"}");
+    car_.SetDeviceInfo("{\"model\":\"X\"}");
     std::string info;
     EXPECT_EQ(client_.GetDeviceInfo(static_cast<DeviceInfoType>(3), info), 0);
     EXPECT_EQ(info, "{\"model\":\"X\"}");
     client_.StopSurfaceTransfer();
 
-    std::vector<Call> calls = Calls();
+    std::vector<Call> calls = car_.Calls();
     ASSERT_EQ(calls.size(), 4u);
     EXPECT_EQ(calls[0].member, "StartBindTarget");
     EXPECT_EQ(calls[0].args,
@@ -104,11 +105,11 @@ TEST_F(CarServiceTest, RecordsCallsWithArgumentsCopiedAtCallTimeAndReturnsConfig
     EXPECT_EQ(calls[2].args, std::vector<CallArg>{int64_t{3}});
     EXPECT_EQ(calls[3].member, "StopSurfaceTransfer");
     EXPECT_TRUE(calls[3].args.empty());
-    EXPECT_EQ(CountCalls("SendEventTo"), 1u);
-    EXPECT_EQ(CountCalls("NoSuchMember"), std::nullopt);
+    EXPECT_EQ(car_.CountCalls("SendEventTo"), 1u);
+    EXPECT_EQ(car_.CountCalls("NoSuchMember"), std::nullopt);
 
-    Reset();
-    EXPECT_TRUE(Calls().empty());
+    car_.Reset();
+    EXPECT_TRUE(car_.Calls().empty());
     EXPECT_EQ(client_.SendEventTo(static_cast<EventType>(7), data), 0);
     client_.GetDeviceInfo(static_cast<DeviceInfoType>(3), info);
     EXPECT_EQ(info, "");
@@ -116,10 +117,10 @@ TEST_F(CarServiceTest, RecordsCallsWithArgumentsCopiedAtCallTimeAndReturnsConfig
 
 TEST_F(CarServiceTest, DelaysHoldOnlyTheirOwnCaller)
 {
-    ASSERT_TRUE(SetDelay("CastOperation", 200ms));
+    ASSERT_TRUE(car_.SetDelay("CastOperation", 200ms));
     auto start = std::chrono::steady_clock::now();
     std::thread slow([this] { client_.CastOperation(1); });
-    while (CountCalls("CastOperation") == 0u) {
+    while (car_.CountCalls("CastOperation") == 0u) {
         std::this_thread::yield();
     }
     client_.DisconnectDevice();
@@ -137,13 +138,13 @@ TEST_F(CarServiceTest, RegistrationFailuresAndTheListenerKeptByValue)
     auto listener = std::make_unique<EventListener>();
     listener->onBindResult = OnBindResult;
     listener->onDeviceChange = OnDeviceChange;
-    FailRegistrations(2);
+    car_.FailRegistrations(2);
     EXPECT_EQ(client_.RegisterCarConnectListener(*listener), -1);
     EXPECT_EQ(client_.RegisterCarConnectListener(*listener), -1);
-    EXPECT_FALSE(IsRegistered());
+    EXPECT_FALSE(car_.Listener().has_value());
     EXPECT_EQ(client_.RegisterCarConnectListener(*listener), 0);
-    EXPECT_TRUE(IsRegistered());
-    EXPECT_EQ(CountCalls("RegisterCarConnectListener"), 3u);
+    EXPECT_TRUE(car_.Listener().has_value());
+    EXPECT_EQ(car_.CountCalls("RegisterCarConnectListener"), 3u);
     listener.reset();
 
     std::optional<Emission> emission = PrepareEmission(0, {std::string("car-1"), 0, 2, std::string("ok")}, error);
@@ -159,12 +160,12 @@ TEST_F(CarServiceTest, RegistrationFailuresAndTheListenerKeptByValue)
     EXPECT_FALSE(PrepareEmission(1, {0, std::string("data")}, error));
     EXPECT_EQ(error, "OnDataReceive is null in the registered listener");
 
-    SetResult("UnRegisterCarConnectListener", 5);
+    car_.SetResult("UnRegisterCarConnectListener", 5);
     EXPECT_EQ(client_.UnRegisterCarConnectListener(), 5);
-    EXPECT_TRUE(IsRegistered());
-    SetResult("UnRegisterCarConnectListener", 0);
+    EXPECT_TRUE(car_.Listener().has_value());
+    car_.SetResult("UnRegisterCarConnectListener", 0);
     EXPECT_EQ(client_.UnRegisterCarConnectListener(), 0);
-    EXPECT_FALSE(IsRegistered());
+    EXPECT_FALSE(car_.Listener().has_value());
 }
 
 TEST_F(CarServiceTest, EmissionsSpreadOverServiceThreadsAndMayCallBackIntoTheClient)
@@ -188,6 +189,27 @@ TEST_F(CarServiceTest, EmissionsSpreadOverServiceThreadsAndMayCallBackIntoTheCli
     ASSERT_TRUE(disconnect);
     disconnect->Run(1, 1);
     EXPECT_EQ(g_received.events.back(), "disconnect -1");
-    EXPECT_FALSE(IsRegistered());
+    EXPECT_FALSE(car_.Listener().has_value());
+}
+
+// The emitter runs its due emissions in order, so once a timeline step due after a reaction's emission has been
+// played, that emission has returned too.
+TEST_F(CarServiceTest, ReactionsAndTimelinesEmitInOrderFromTheCarsOwnThread)
+{
+    EventListener listener{};
+    listener.onDeviceChange = OnDeviceChange;
+    listener.onDisconnectResult = OnDisconnectResult;
+    ASSERT_EQ(client_.RegisterCarConnectListener(listener), 0);
+    ASSERT_TRUE(car_.SetReaction("CastOperation", Reaction{7, {{3, {int32_t{1}}, 0ms}, {3, {int32_t{2}}, 0ms}}, 1}));
+    EXPECT_EQ(client_.CastOperation(0), 7);
+    EXPECT_EQ(client_.CastOperation(0), 0);
+
+    PlaybackOutcome outcome = car_.Await(car_.Play({{3, {int32_t{4}}, 5ms}, {3, {int32_t{3}}, 0ms}}));
+    EXPECT_EQ(outcome.emitted, 2u);
+    EXPECT_FALSE(outcome.stopped);
+    std::lock_guard<std::mutex> lock(g_received.mutex);
+    EXPECT_EQ(g_received.events, (std::vector<std::string>{"device 1", "device 2", "device 3", "device 4"}));
+    EXPECT_EQ(g_received.threads.size(), 1u);
+    EXPECT_EQ(g_received.threads.count(std::this_thread::get_id()), 0u);
 }
 } // namespace

@@ -16,24 +16,46 @@
 #ifndef HOST_INCLUDE_OHOS_HOST_CAR_SERVICE_SIM_H
 #define HOST_INCLUDE_OHOS_HOST_CAR_SERVICE_SIM_H
 
+#include <array>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <thread>
 #include <variant>
 #include <vector>
 
 #include "travel_vexar_object_client.h"
 
-// Control of the car service that TravelVexarObjectClient talks to, simulated in this process. Every function
-// may be called from any thread.
+// The car service that TravelVexarObjectClient talks to, simulated in this process: what the client members
+// record and return, the registered callback record, and the events the car emits on its own threads.
 namespace OHOS {
 namespace Host {
 namespace CarService {
-// Names of the client members, in declaration order.
-const std::vector<std::string> &MemberNames();
+// The client members, one row each in declaration order: a member's number is its row.
+constexpr std::array<std::string_view, 11> MEMBERS = {
+    "RegisterCarConnectListener",
+    "UnRegisterCarConnectListener",
+    "StartBindTarget",
+    "StopBindTarget",
+    "SendControlData",
+    "StartSurfaceTransfer",
+    "StopSurfaceTransfer",
+    "CastOperation",
+    "DisconnectDevice",
+    "GetDeviceInfo",
+    "SendEventTo",
+};
+
+// The row of the member named `name`, if there is one.
+std::optional<size_t> FindMember(std::string_view name);
 
 // One argument of a recorded call: an int or enumeration, a string, or a string map copied at call time.
 using CallArg = std::variant<int64_t, std::string, std::map<std::string, std::string>>;
@@ -42,22 +64,6 @@ struct Call {
     std::string member;
     std::vector<CallArg> args;
 };
-
-// Forgets calls, results, delays, pending failures and the registered listener; device information back to "".
-void Reset();
-// What `member` returns from now on (default 0). False for an unknown member.
-bool SetResult(const std::string &member, int code);
-// How long `member` sleeps on its calling thread before it returns. False for an unknown member.
-bool SetDelay(const std::string &member, std::chrono::milliseconds delay);
-// The next `count` registrations return -1 and register nothing.
-void FailRegistrations(uint32_t count);
-// What GetDeviceInfo writes to its output.
-void SetDeviceInfo(const std::string &info);
-std::vector<Call> Calls();
-void ClearCalls();
-// Calls of `member` so far; empty for an unknown member.
-std::optional<size_t> CountCalls(const std::string &member);
-bool IsRegistered();
 
 enum class ParamKind { INTEGER, STRING };
 
@@ -70,6 +76,114 @@ struct CallbackSlot {
 const std::vector<CallbackSlot> &CallbackSlots();
 
 using EmitArg = std::variant<int32_t, std::string>;
+
+// A callback the car emits by itself: its slot, its arguments (fitting the slot) and when, counted from the
+// previous emission of a reaction or from the start of a timeline.
+struct TimedEmit {
+    size_t slot;
+    std::vector<EmitArg> args;
+    std::chrono::milliseconds delay;
+};
+
+// How the car answers the calls of one member: the result it returns instead of the configured one, the
+// callbacks it then emits, and how many calls it answers before it is removed (all when empty).
+struct Reaction {
+    std::optional<int> result;
+    std::vector<TimedEmit> emit;
+    std::optional<uint32_t> times;
+};
+
+// How a timeline ended: callbacks emitted, skipped for want of a registered record, and whether a reset or the
+// end of the process stopped it first.
+struct PlaybackOutcome {
+    size_t emitted = 0;
+    size_t skipped = 0;
+    bool stopped = false;
+};
+
+// The simulated car service, one per process, never destroyed: threads of the module (registration, async
+// work) and of the car itself may still call it while the process exits. Every member may be called from any
+// thread.
+class Service {
+public:
+    // Settles a call once its delay has passed, under the service lock: gets the result the member returns so
+    // far and gives back what it returns.
+    using Settle = std::function<int(Service &service, int result)>;
+
+    static Service &Get();
+
+    // Records the call of `member` (a row of MEMBERS), sleeps its delay, then settles it: the result is the
+    // member's reaction's result or the configured result, passed through `settle` if given. The reaction's
+    // emissions are scheduled as the call returns.
+    int Serve(std::string_view member, std::vector<CallArg> args, const Settle &settle = nullptr);
+
+    // Forgets calls, results, delays, pending failures, reactions and the registered record, stops every timeline
+    // (waiting for a callback being emitted to return), turns recording back on; device information back to "".
+    void Reset();
+    // Each is false for an unknown member and changes nothing then.
+    bool SetResult(std::string_view member, int code);
+    bool SetDelay(std::string_view member, std::chrono::milliseconds delay);
+    // From now on `reaction` answers the calls of `member`; an empty one removes the reaction.
+    bool SetReaction(std::string_view member, std::optional<Reaction> reaction);
+    // The next `count` registrations return -1 and register nothing.
+    void FailRegistrations(uint32_t count);
+    // What GetDeviceInfo writes to its output.
+    void SetDeviceInfo(const std::string &info);
+    // Whether calls are recorded (the default); a benchmark turns it off so that the record does not grow.
+    void SetRecording(bool enabled);
+    std::vector<Call> Calls();
+    void ClearCalls();
+    // Calls of `member` so far; empty for an unknown member.
+    std::optional<size_t> CountCalls(std::string_view member);
+    std::optional<TravelService::EventListener> Listener();
+
+    // Emits each step at its delay from now, from the car's own thread; Await tells how it ended.
+    class Playback;
+    std::shared_ptr<Playback> Play(std::vector<TimedEmit> steps);
+    // Blocks until every step of `playback` has been emitted or skipped, or a reset or exit stopped it.
+    PlaybackOutcome Await(const std::shared_ptr<Playback> &playback);
+
+    // For Settle functions, which run under the service lock.
+    void RegisterLocked(const TravelService::EventListener &listener);
+    void UnregisterLocked();
+    bool TakeRegistrationFailureLocked();
+    const std::string &DeviceInfoLocked() const;
+
+private:
+    using Clock = std::chrono::steady_clock;
+    struct Scheduled {
+        size_t slot;
+        std::vector<EmitArg> args;
+        std::shared_ptr<Playback> playback;
+    };
+
+    Service() = default;
+    static void StopEmittingAtExit();
+    void ScheduleLocked(Clock::time_point due, size_t slot, std::vector<EmitArg> args,
+                        const std::shared_ptr<Playback> &playback);
+    void StopPlaybacksLocked();
+    void EmitLoop();
+
+    std::mutex mutex_;
+    std::vector<Call> calls_;
+    bool recording_ = true;
+    std::array<int, MEMBERS.size()> results_{};
+    std::array<std::chrono::milliseconds, MEMBERS.size()> delays_{};
+    std::array<std::optional<Reaction>, MEMBERS.size()> reactions_{};
+    uint32_t registrationFailures_ = 0;
+    std::string deviceInfo_;
+    std::optional<TravelService::EventListener> listener_;
+
+    // The car's emitter: one thread, started at the first scheduled emission, stopped at exit.
+    std::multimap<Clock::time_point, Scheduled> schedule_;
+    std::thread emitter_;
+    bool emitting_ = false;
+    bool exiting_ = false;
+    bool stopsAfterListenerLibrary_ = false;
+    std::condition_variable scheduleChanged_;
+    std::condition_variable emissionDone_;
+    std::condition_variable playbackEnded_;
+};
 
 // One callback of the listener registered when it was prepared, with its arguments.
 class Emission {

@@ -13,8 +13,12 @@
  * limitations under the License.
  */
 
+// Script functions of the simulated car service: what it records and returns, the callbacks it emits when told,
+// and the reactions and timelines with which it answers by itself.
+
 #include <algorithm>
 #include <climits>
+#include <initializer_list>
 #include <memory>
 
 #include "bindings.h"
@@ -32,14 +36,69 @@ constexpr int64_t MAX_EMIT_COUNT = 10000000;
 constexpr int64_t MAX_EMIT_THREADS = 256;
 constexpr int64_t MAX_EMIT_ARGS = 4;
 
-std::string ToMember(napi_env env, napi_value value)
+Car::Service &Service()
 {
-    std::string member = ToStdString(env, value, "member");
-    const std::vector<std::string> &names = Car::MemberNames();
-    if (std::find(names.begin(), names.end(), member) == names.end()) {
-        throw JsError("unknown client member " + member);
+    return Car::Service::Get();
+}
+
+// `name` of a field within `base`, as a scenario names it: "timeline[3]" and "callback" give
+// "timeline[3].callback".
+std::string Field(const std::string &base, const std::string &name)
+{
+    return base.empty() ? name : base + "." + name;
+}
+
+std::string Item(const std::string &base, size_t index)
+{
+    return base + "[" + std::to_string(index) + "]";
+}
+
+std::string CheckedMember(const std::string &member, const std::string &what)
+{
+    if (!Car::FindMember(member)) {
+        throw JsError(what + ": no client member is named " + member);
     }
     return member;
+}
+
+std::string ToMember(napi_env env, napi_value value)
+{
+    return CheckedMember(ToStdString(env, value, "member"), "member");
+}
+
+void ExpectObject(napi_env env, napi_value value, const std::string &what)
+{
+    bool isArray = false;
+    Check(env, napi_is_array(env, value, &isArray));
+    if (TypeOf(env, value) != napi_object || isArray) {
+        throw JsError(what + " must be an object");
+    }
+}
+
+std::vector<std::string> Keys(napi_env env, napi_value object)
+{
+    napi_value names = nullptr;
+    Check(env, napi_get_property_names(env, object, &names));
+    std::vector<std::string> keys;
+    for (napi_value name : ToArray(env, names, "property names")) {
+        keys.push_back(ToStdString(env, name, "property name"));
+    }
+    return keys;
+}
+
+// A misspelt field would otherwise be ignored without a word.
+void RejectUnknownKeys(napi_env env, napi_value object, const std::string &what,
+                       std::initializer_list<std::string> known)
+{
+    for (const std::string &key : Keys(env, object)) {
+        if (std::find(known.begin(), known.end(), key) == known.end()) {
+            std::string fields;
+            for (const std::string &name : known) {
+                fields += (fields.empty() ? "" : ", ") + name;
+            }
+            throw JsError(Field(what, key) + " is not a field here (" + fields + ")");
+        }
+    }
 }
 
 napi_value ToJs(napi_env env, const Car::CallArg &arg)
@@ -58,79 +117,146 @@ napi_value ToJs(napi_env env, const Car::CallArg &arg)
 }
 
 // A callback named by its C++ name or given by its slot number.
-size_t ToSlot(napi_env env, napi_value value)
+size_t ToSlot(napi_env env, napi_value value, const std::string &what)
 {
     const std::vector<Car::CallbackSlot> &slots = Car::CallbackSlots();
-    if (TypeOf(env, value) != napi_string) {
-        return static_cast<size_t>(ToInteger(env, value, "callback", 0, static_cast<int64_t>(slots.size()) - 1));
+    napi_valuetype type = TypeOf(env, value);
+    if (type == napi_number) {
+        return static_cast<size_t>(ToInteger(env, value, what, 0, static_cast<int64_t>(slots.size()) - 1));
     }
-    std::string name = ToStdString(env, value, "callback");
+    if (type != napi_string) {
+        throw JsError(what + " must be a callback's name, such as OnBindResult, or its slot number");
+    }
+    std::string name = ToStdString(env, value, what);
     auto found = std::find_if(slots.begin(), slots.end(), [&name](const auto &slot) { return slot.name == name; });
     if (found == slots.end()) {
-        throw JsError("unknown callback " + name);
+        throw JsError(what + ": no callback is named " + name);
     }
     return static_cast<size_t>(found - slots.begin());
 }
 
 // Converts JS values to the parameter types of the slot: strings must be strings, ints numbers taken as ToInt32.
-Car::Emission ToEmission(napi_env env, napi_value callback, napi_value argsArray)
+// Errors name the fields under `base`.
+Car::TimedEmit ToCallbackArgs(napi_env env, napi_value callback, napi_value argsArray, const std::string &base)
 {
-    size_t slot = ToSlot(env, callback);
+    size_t slot = ToSlot(env, callback, Field(base, "callback"));
     const Car::CallbackSlot &signature = Car::CallbackSlots()[slot];
-    std::vector<napi_value> items = ToArray(env, argsArray, "arguments");
+    std::string argsField = Field(base, "args");
+    std::vector<napi_value> items = ToArray(env, argsArray, argsField);
     if (items.size() != signature.params.size()) {
-        throw JsError(signature.name + " takes " + std::to_string(signature.params.size()) + " arguments, got " +
-                      std::to_string(items.size()));
+        throw JsError(argsField + ": " + signature.name + " takes " + std::to_string(signature.params.size()) +
+                      " arguments, got " + std::to_string(items.size()));
     }
     std::vector<Car::EmitArg> args;
     for (size_t index = 0; index < items.size(); ++index) {
-        std::string what = signature.name + " argument " + std::to_string(index);
         if (signature.params[index] == Car::ParamKind::INTEGER) {
-            args.emplace_back(ToInt32(env, items[index], what));
+            args.emplace_back(ToInt32(env, items[index], Item(argsField, index)));
         } else {
-            args.emplace_back(ToStdString(env, items[index], what));
+            args.emplace_back(ToStdString(env, items[index], Item(argsField, index)));
         }
     }
+    return {slot, std::move(args), std::chrono::milliseconds(0)};
+}
+
+Car::Emission ToEmission(napi_env env, napi_value callback, napi_value argsArray)
+{
+    Car::TimedEmit call = ToCallbackArgs(env, callback, argsArray, "");
     std::string error;
-    std::optional<Car::Emission> emission = Car::PrepareEmission(slot, std::move(args), error);
+    std::optional<Car::Emission> emission = Car::PrepareEmission(call.slot, std::move(call.args), error);
     if (!emission) {
         throw JsError(error);
     }
     return *emission;
 }
 
+// { callback, args, <delayKey> } of a reaction's emit list or of a timeline; args default to [], the delay to 0.
+Car::TimedEmit ToTimedEmit(napi_env env, napi_value step, const std::string &what, const char *delayKey)
+{
+    ExpectObject(env, step, what);
+    RejectUnknownKeys(env, step, what, {"callback", "args", delayKey});
+    napi_value args = OptionalProperty(env, step, "args");
+    napi_value callback = nullptr;
+    Check(env, napi_get_named_property(env, step, "callback", &callback));
+    Car::TimedEmit timed = ToCallbackArgs(env, callback, args != nullptr ? args : MakeArray(env, {}), what);
+    if (napi_value delay = OptionalProperty(env, step, delayKey)) {
+        timed.delay = std::chrono::milliseconds(ToInteger(env, delay, Field(what, delayKey), 0, MAX_DELAY_MS));
+    }
+    return timed;
+}
+
+// A reaction object, or null for none.
+std::optional<Car::Reaction> ToReaction(napi_env env, napi_value value, const std::string &what)
+{
+    if (TypeOf(env, value) == napi_null) {
+        return std::nullopt;
+    }
+    ExpectObject(env, value, what);
+    RejectUnknownKeys(env, value, what, {"result", "emit", "times"});
+    Car::Reaction reaction;
+    if (napi_value result = OptionalProperty(env, value, "result")) {
+        reaction.result = static_cast<int>(ToInteger(env, result, Field(what, "result"), INT_MIN, INT_MAX));
+    }
+    if (napi_value emit = OptionalProperty(env, value, "emit")) {
+        std::string emitField = Field(what, "emit");
+        std::vector<napi_value> steps = ToArray(env, emit, emitField);
+        for (size_t index = 0; index < steps.size(); ++index) {
+            reaction.emit.push_back(ToTimedEmit(env, steps[index], Item(emitField, index), "delayMs"));
+        }
+    }
+    if (napi_value times = OptionalProperty(env, value, "times")) {
+        reaction.times = static_cast<uint32_t>(ToInteger(env, times, Field(what, "times"), 1, UINT32_MAX));
+    }
+    return reaction;
+}
+
 napi_value Reset(const CallArgs &args)
 {
-    Car::Reset();
+    Service().Reset();
     return Undefined(args.Env());
 }
 
 napi_value SetResult(const CallArgs &args)
 {
     napi_env env = args.Env();
-    Car::SetResult(ToMember(env, args.At(0)), static_cast<int>(ToInteger(env, args.At(1), "code", INT_MIN, INT_MAX)));
+    Service().SetResult(ToMember(env, args.At(0)),
+                        static_cast<int>(ToInteger(env, args.At(1), "code", INT_MIN, INT_MAX)));
     return Undefined(env);
 }
 
 napi_value SetDelay(const CallArgs &args)
 {
     napi_env env = args.Env();
-    Car::SetDelay(ToMember(env, args.At(0)),
-                  std::chrono::milliseconds(ToInteger(env, args.At(1), "delay", 0, MAX_DELAY_MS)));
+    Service().SetDelay(ToMember(env, args.At(0)),
+                       std::chrono::milliseconds(ToInteger(env, args.At(1), "delay", 0, MAX_DELAY_MS)));
+    return Undefined(env);
+}
+
+napi_value OnCall(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    std::string member = ToMember(env, args.At(0));
+    Service().SetReaction(member, ToReaction(env, args.At(1), "reaction"));
     return Undefined(env);
 }
 
 napi_value FailRegistrations(const CallArgs &args)
 {
     napi_env env = args.Env();
-    Car::FailRegistrations(static_cast<uint32_t>(ToInteger(env, args.At(0), "count", 0, UINT32_MAX)));
+    Service().FailRegistrations(static_cast<uint32_t>(ToInteger(env, args.At(0), "count", 0, UINT32_MAX)));
     return Undefined(env);
 }
 
 napi_value SetDeviceInfo(const CallArgs &args)
 {
     napi_env env = args.Env();
-    Car::SetDeviceInfo(ToStdString(env, args.At(0), "device information"));
+    Service().SetDeviceInfo(ToStdString(env, args.At(0), "device information"));
+    return Undefined(env);
+}
+
+napi_value SetRecording(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    Service().SetRecording(ToBool(env, args.At(0), "enabled"));
     return Undefined(env);
 }
 
@@ -138,7 +264,7 @@ napi_value Calls(const CallArgs &args)
 {
     napi_env env = args.Env();
     std::vector<napi_value> calls;
-    for (const Car::Call &call : Car::Calls()) {
+    for (const Car::Call &call : Service().Calls()) {
         std::vector<napi_value> callArgs;
         for (const Car::CallArg &arg : call.args) {
             callArgs.push_back(ToJs(env, arg));
@@ -153,19 +279,19 @@ napi_value Calls(const CallArgs &args)
 
 napi_value ClearCalls(const CallArgs &args)
 {
-    Car::ClearCalls();
+    Service().ClearCalls();
     return Undefined(args.Env());
 }
 
 napi_value CallCount(const CallArgs &args)
 {
     napi_env env = args.Env();
-    return MakeNumber(env, static_cast<double>(Car::CountCalls(ToMember(env, args.At(0))).value_or(0)));
+    return MakeNumber(env, static_cast<double>(Service().CountCalls(ToMember(env, args.At(0))).value_or(0)));
 }
 
 napi_value IsRegistered(const CallArgs &args)
 {
-    return MakeBool(args.Env(), Car::IsRegistered());
+    return MakeBool(args.Env(), Service().Listener().has_value());
 }
 
 napi_value Emit(const CallArgs &args)
@@ -175,48 +301,24 @@ napi_value Emit(const CallArgs &args)
     return Undefined(env);
 }
 
-// Background run of emitMany: the calls run off the script thread, the promise settles on it.
-struct EmitManyJob {
-    EmitManyJob(Car::Emission runEmission, size_t runCount, size_t runThreads, std::optional<size_t> runSequenceArg)
-        : emission(std::move(runEmission)), count(runCount), threads(runThreads), sequenceArg(runSequenceArg)
+// emitMany: the calls run off the script thread, the promise settles on it.
+class EmitManyJob : public PromisedWork {
+public:
+    EmitManyJob(Car::Emission emission, size_t count, size_t threads, std::optional<size_t> sequenceArg)
+        : emission_(std::move(emission)), count_(count), threads_(threads), sequenceArg_(sequenceArg)
     {
     }
 
-    Car::Emission emission;
-    size_t count;
-    size_t threads;
-    std::optional<size_t> sequenceArg;
-    napi_deferred deferred = nullptr;
-    napi_async_work work = nullptr;
-    std::string failure;
-
-    static void Execute(napi_env, void *data)
+    void Execute() override
     {
-        auto *job = static_cast<EmitManyJob *>(data);
-        try {
-            job->emission.Run(job->count, job->threads, job->sequenceArg);
-        } catch (const std::exception &error) {
-            job->failure = error.what();
-        }
+        emission_.Run(count_, threads_, sequenceArg_);
     }
 
-    static void Complete(napi_env env, napi_status status, void *data)
-    {
-        std::unique_ptr<EmitManyJob> job(static_cast<EmitManyJob *>(data));
-        napi_delete_async_work(env, job->work);
-        if (status == napi_ok && job->failure.empty()) {
-            napi_value undefined = nullptr;
-            napi_get_undefined(env, &undefined);
-            napi_resolve_deferred(env, job->deferred, undefined);
-            return;
-        }
-        std::string message = "emitMany failed: " + (job->failure.empty() ? "cancelled" : job->failure);
-        napi_value text = nullptr;
-        napi_value error = nullptr;
-        napi_create_string_utf8(env, message.c_str(), message.size(), &text);
-        napi_create_error(env, nullptr, text, &error);
-        napi_reject_deferred(env, job->deferred, error);
-    }
+private:
+    Car::Emission emission_;
+    size_t count_;
+    size_t threads_;
+    std::optional<size_t> sequenceArg_;
 };
 
 napi_value EmitMany(const CallArgs &args)
@@ -232,11 +334,62 @@ napi_value EmitMany(const CallArgs &args)
             throw JsError("sequenceArg must name an integer argument of the callback");
         }
     }
-    auto job = std::make_unique<EmitManyJob>(std::move(emission), count, threads, sequenceArg);
-    napi_value promise = QueuePromisedWork(env, MakeString(env, "emitMany"), EmitManyJob::Execute,
-                                           EmitManyJob::Complete, job.get(), job->deferred, job->work);
-    job.release();
-    return promise;
+    return QueuePromisedWork(env, "emitMany",
+                             std::make_unique<EmitManyJob>(std::move(emission), count, threads, sequenceArg));
+}
+
+// play: waits on a worker thread until the car's emitter has played the timeline, or a reset stopped it.
+class PlayJob : public PromisedWork {
+public:
+    explicit PlayJob(std::shared_ptr<Car::Service::Playback> playback) : playback_(std::move(playback)) {}
+
+    void Execute() override
+    {
+        outcome_ = Service().Await(playback_);
+    }
+
+    napi_value Result(napi_env env) override
+    {
+        napi_value outcome = MakeObject(env);
+        SetProperty(env, outcome, "emitted", MakeNumber(env, static_cast<double>(outcome_.emitted)));
+        SetProperty(env, outcome, "skipped", MakeNumber(env, static_cast<double>(outcome_.skipped)));
+        SetProperty(env, outcome, "stopped", MakeBool(env, outcome_.stopped));
+        return outcome;
+    }
+
+private:
+    std::shared_ptr<Car::Service::Playback> playback_;
+    Car::PlaybackOutcome outcome_;
+};
+
+// Checks the whole scenario before it installs a reaction or schedules a step.
+napi_value Play(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    napi_value scenario = args.At(0);
+    ExpectObject(env, scenario, "scenario");
+    RejectUnknownKeys(env, scenario, "", {"reactions", "timeline"});
+    std::vector<std::pair<std::string, std::optional<Car::Reaction>>> reactions;
+    if (napi_value byMember = OptionalProperty(env, scenario, "reactions")) {
+        ExpectObject(env, byMember, "reactions");
+        for (const std::string &key : Keys(env, byMember)) {
+            std::string what = Field("reactions", key);
+            napi_value reaction = nullptr;
+            Check(env, napi_get_named_property(env, byMember, key.c_str(), &reaction));
+            reactions.emplace_back(CheckedMember(key, what), ToReaction(env, reaction, what));
+        }
+    }
+    std::vector<Car::TimedEmit> steps;
+    if (napi_value timeline = OptionalProperty(env, scenario, "timeline")) {
+        std::vector<napi_value> items = ToArray(env, timeline, "timeline");
+        for (size_t index = 0; index < items.size(); ++index) {
+            steps.push_back(ToTimedEmit(env, items[index], Item("timeline", index), "atMs"));
+        }
+    }
+    for (auto &reaction : reactions) {
+        Service().SetReaction(reaction.first, std::move(reaction.second));
+    }
+    return QueuePromisedWork(env, "play", std::make_unique<PlayJob>(Service().Play(std::move(steps))));
 }
 } // namespace
 
@@ -245,8 +398,11 @@ void DefineCarServiceFunctions(napi_env env, napi_value exports)
     DefineFunction(env, exports, "carReset", Export<Reset>);
     DefineFunction(env, exports, "carSetResult", Export<SetResult>);
     DefineFunction(env, exports, "carSetDelay", Export<SetDelay>);
+    DefineFunction(env, exports, "carOnCall", Export<OnCall>);
+    DefineFunction(env, exports, "carPlay", Export<Play>);
     DefineFunction(env, exports, "carFailRegistrations", Export<FailRegistrations>);
     DefineFunction(env, exports, "carSetDeviceInfo", Export<SetDeviceInfo>);
+    DefineFunction(env, exports, "carSetRecording", Export<SetRecording>);
     DefineFunction(env, exports, "carCalls", Export<Calls>);
     DefineFunction(env, exports, "carClearCalls", Export<ClearCalls>);
     DefineFunction(env, exports, "carCallCount", Export<CallCount>);

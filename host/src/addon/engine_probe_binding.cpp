@@ -24,32 +24,14 @@ namespace Addon {
 namespace {
 // An async work that does nothing, under a name the script chooses, so that a script can see what its engine
 // reports about async work (Node's async_hooks gives such a resource the work's name as its type).
-struct NamedNoOpWork {
-    napi_deferred deferred = nullptr;
-    napi_async_work work = nullptr;
-
-    static void Execute(napi_env, void *) {}
-
-    // Completed or cancelled, the work is over: the promise resolves either way.
-    static void Complete(napi_env env, napi_status, void *data)
-    {
-        std::unique_ptr<NamedNoOpWork> named(static_cast<NamedNoOpWork *>(data));
-        napi_delete_async_work(env, named->work);
-        napi_value undefined = nullptr;
-        napi_get_undefined(env, &undefined);
-        napi_resolve_deferred(env, named->deferred, undefined);
-    }
+struct NamedNoOpWork : PromisedWork {
+    void Execute() override {}
 };
 
 napi_value RunAsyncWork(const CallArgs &args)
 {
     napi_env env = args.Env();
-    napi_value name = MakeString(env, ToStdString(env, args.At(0), "work name"));
-    auto named = std::make_unique<NamedNoOpWork>();
-    napi_value promise = QueuePromisedWork(env, name, NamedNoOpWork::Execute, NamedNoOpWork::Complete, named.get(),
-                                           named->deferred, named->work);
-    named.release();
-    return promise;
+    return QueuePromisedWork(env, ToStdString(env, args.At(0), "work name"), std::make_unique<NamedNoOpWork>());
 }
 } // namespace
 

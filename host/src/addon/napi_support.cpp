@@ -192,18 +192,70 @@ void DefineFunction(napi_env env, napi_value exports, const char *name, napi_cal
     Check(env, napi_create_function(env, name, NAPI_AUTO_LENGTH, callback, nullptr, &function));
     SetProperty(env, exports, name, function);
 }
-napi_value QueuePromisedWork(napi_env env, napi_value name, napi_async_execute_callback execute,
-                             napi_async_complete_callback complete, void *data, napi_deferred &deferred,
-                             napi_async_work &work)
+napi_value PromisedWork::Result(napi_env env)
 {
+    return Undefined(env);
+}
+
+namespace {
+// One queued job with its promise and work handle; deleted by its completion.
+struct PromisedWorkFrame {
+    std::string name;
+    std::unique_ptr<PromisedWork> job;
+    napi_deferred deferred = nullptr;
+    napi_async_work work = nullptr;
+    std::string failure;
+
+    static void Execute(napi_env, void *data)
+    {
+        auto *frame = static_cast<PromisedWorkFrame *>(data);
+        try {
+            frame->job->Execute();
+        } catch (const std::exception &error) {
+            frame->failure = error.what();
+        }
+    }
+
+    static void Complete(napi_env env, napi_status status, void *data)
+    {
+        std::unique_ptr<PromisedWorkFrame> frame(static_cast<PromisedWorkFrame *>(data));
+        napi_delete_async_work(env, frame->work);
+        if (status != napi_ok) {
+            frame->failure = "cancelled";
+        }
+        if (frame->failure.empty()) {
+            try {
+                napi_resolve_deferred(env, frame->deferred, frame->job->Result(env));
+                return;
+            } catch (const std::exception &error) {
+                frame->failure = error.what();
+            }
+        }
+        napi_value text = nullptr;
+        napi_value error = nullptr;
+        std::string message = frame->name + " failed: " + frame->failure;
+        napi_create_string_utf8(env, message.c_str(), message.size(), &text);
+        napi_create_error(env, nullptr, text, &error);
+        napi_reject_deferred(env, frame->deferred, error);
+    }
+};
+} // namespace
+
+napi_value QueuePromisedWork(napi_env env, const std::string &name, std::unique_ptr<PromisedWork> job)
+{
+    auto frame = std::make_unique<PromisedWorkFrame>();
+    frame->name = name;
+    frame->job = std::move(job);
     napi_value promise = nullptr;
-    Check(env, napi_create_promise(env, &deferred, &promise));
-    Check(env, napi_create_async_work(env, nullptr, name, execute, complete, data, &work));
-    napi_status queued = napi_queue_async_work(env, work);
+    Check(env, napi_create_promise(env, &frame->deferred, &promise));
+    Check(env, napi_create_async_work(env, nullptr, MakeString(env, name), PromisedWorkFrame::Execute,
+                                      PromisedWorkFrame::Complete, frame.get(), &frame->work));
+    napi_status queued = napi_queue_async_work(env, frame->work);
     if (queued != napi_ok) {
-        napi_delete_async_work(env, work);
+        napi_delete_async_work(env, frame->work);
         Check(env, queued);
     }
+    frame.release();
     return promise;
 }
 } // namespace Addon

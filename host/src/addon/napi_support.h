@@ -19,6 +19,7 @@
 #include <node_api.h>
 
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -74,12 +75,20 @@ napi_value MakeArray(napi_env env, const std::vector<napi_value> &items);
 void SetProperty(napi_env env, napi_value object, const char *name, napi_value value);
 napi_value MakeError(napi_env env, const std::string &message);
 
-// Creates a promise and queues an async work named `name` with `data`, which holds the promise's `deferred` and
-// the `work` handle for the completion to settle and delete. A work that cannot be queued is deleted and the
+// A job for a worker thread whose end settles a promise.
+class PromisedWork {
+public:
+    virtual ~PromisedWork() = default;
+    // Runs on a worker thread; an exception rejects the promise with its message.
+    virtual void Execute() = 0;
+    // Runs on the script thread after Execute: the value the promise resolves with (undefined by default).
+    virtual napi_value Result(napi_env env);
+};
+
+// Creates a promise and queues `job` as an async work named `name`; once it has run, the promise settles as the
+// job says, then the work and the job are deleted. A work that cannot be queued is deleted with the job and the
 // failure thrown as JsError. Returns the promise.
-napi_value QueuePromisedWork(napi_env env, napi_value name, napi_async_execute_callback execute,
-                             napi_async_complete_callback complete, void *data, napi_deferred &deferred,
-                             napi_async_work &work);
+napi_value QueuePromisedWork(napi_env env, const std::string &name, std::unique_ptr<PromisedWork> job);
 
 // Calls `Body` and throws any JsError it raised into JS, unless an exception is pending already.
 template <napi_value (*Body)(const CallArgs &args)> napi_value Export(napi_env env, napi_callback_info info)
