@@ -20,7 +20,7 @@ const fs = require('fs');
 const path = require('path');
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, register } = require('./support/rovanta');
+const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, register, until } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
 
@@ -108,14 +108,13 @@ test.describe('a car that answers', () => {
     const events = [];
     const record = (name) => (...args) => events.push([name, ...args]);
     const adapter = rovanta.getCarConnectAdapter();
-    adapter.registerConnectListener('s', {
+    await register(adapter, 's', {
       onBindResult: record('onBindResult'),
       onDataReceive: record('onDataReceive'),
       onDeviceStateChange: record('onDeviceStateChange'),
       onDeviceChange: record('onDeviceChange'),
       onDisconnectResult: record('onDisconnectResult'),
     });
-    await until(() => host.carService.isRegistered(), 'the callback record');
     return { adapter, events };
   }
 
