@@ -216,7 +216,7 @@ CarAdapterClient::CarAdapterClient(napi_env env, napi_value thisVar)
 {
     LOGI("CarAdapterClient");
     napi_ref thisVarRef = nullptr;
-    napi_create_reference(env, thisVar, 1, &thisVarRef);
+    (void)napi_create_reference(env, thisVar, 1, &thisVarRef);
     ReplaceListenerManager(std::make_shared<ConnectListenerManager>(env, thisVarRef));
 }
 

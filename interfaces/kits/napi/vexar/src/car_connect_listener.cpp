@@ -93,7 +93,7 @@ CarConnectListener::~CarConnectListener()
 {
     LOGI("~CarConnectListener");
     std::lock_guard<std::mutex> lock(mutex_);
-    napi_delete_reference(env_, listenerRef_);
+    (void)napi_delete_reference(env_, listenerRef_);
     listenerRef_ = nullptr;
 }
 
@@ -122,13 +122,13 @@ void CarConnectListener::TakePendingException()
         return;
     }
     napi_value exception = nullptr;
-    napi_get_and_clear_last_exception(env_, &exception);
+    (void)napi_get_and_clear_last_exception(env_, &exception);
     std::string description = "exception without text";
     napi_value text = nullptr;
     if (napi_coerce_to_string(env_, exception, &text) == napi_ok) {
         GetString(env_, text, description);
     } else {
-        napi_get_and_clear_last_exception(env_, &exception);
+        (void)napi_get_and_clear_last_exception(env_, &exception);
     }
     VEXAR_HILOG(LOG_ERROR, "NotifyEvent", "NotifyEvent error, listener threw: %{public}s", description.c_str());
 }

@@ -38,7 +38,7 @@ ConnectListenerManager::~ConnectListenerManager()
 {
     LOGI("ConnectListenerManager destructor");
     if (thisVarRef_ != nullptr) {
-        napi_delete_reference(env_, thisVarRef_);
+        (void)napi_delete_reference(env_, thisVarRef_);
         thisVarRef_ = nullptr;
     }
 }
@@ -98,7 +98,7 @@ void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
     napi_value thisVar = nullptr;
     if (napi_get_reference_value(env_, thisVarRef_, &thisVar) != napi_ok) {
         LOGE("Error get_reference");
-        napi_close_handle_scope(env_, scope);
+        (void)napi_close_handle_scope(env_, scope);
         return;
     }
     std::lock_guard<std::recursive_mutex> lock(listenerMutex_);
@@ -111,7 +111,7 @@ void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
         listener->NotifyEvent(thisVar, event);
         entry = listeners_.upper_bound(sessionName);
     }
-    napi_close_handle_scope(env_, scope);
+    (void)napi_close_handle_scope(env_, scope);
 }
 } // namespace TravelService
 } // namespace OHOS

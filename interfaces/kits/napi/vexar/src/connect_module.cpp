@@ -98,9 +98,9 @@ napi_value CallCarAdapter(napi_env env, napi_callback_info info, NapiFuncType ty
     napi_value argv[1] = {nullptr};
     napi_value thisVar = nullptr;
     void *data = nullptr;
-    napi_get_cb_info(env, info, &argc, argv, &thisVar, &data);
+    (void)napi_get_cb_info(env, info, &argc, argv, &thisVar, &data);
     void *wrappedClient = nullptr;
-    napi_unwrap(env, thisVar, &wrappedClient);
+    (void)napi_unwrap(env, thisVar, &wrappedClient);
     std::shared_ptr<CarAdapterClient> client = wrappedClient != nullptr ? CurrentCarAdapterClient() : nullptr;
     if (client == nullptr) {
         VEXAR_HILOG(LOG_ERROR, wrapperName, "Get CarAdapterClient failed");
@@ -136,7 +136,7 @@ void CleanupEnvironment(void *arg)
     auto env = static_cast<napi_env>(arg);
     CarAdapterClient::ReleaseListenerManager(env);
     if (g_constructorRef != nullptr) {
-        napi_delete_reference(env, g_constructorRef);
+        (void)napi_delete_reference(env, g_constructorRef);
         g_constructorRef = nullptr;
     }
 }
@@ -148,9 +148,9 @@ napi_value CarAdapterClientInit(napi_env env, napi_value exports)
         {"getCarConnectAdapter", nullptr, GetCarConnectAdapter, nullptr, nullptr, nullptr, napi_default, nullptr},
         {"DiscoveryMode", nullptr, nullptr, DiscoveryMode, nullptr, nullptr, napi_default, nullptr},
     };
-    napi_define_properties(env, exports, std::size(exportsDesc), exportsDesc);
+    (void)napi_define_properties(env, exports, std::size(exportsDesc), exportsDesc);
     CarAdapterClient::AttachEnvironment(env);
-    napi_add_env_cleanup_hook(env, CleanupEnvironment, env);
+    (void)napi_add_env_cleanup_hook(env, CleanupEnvironment, env);
     if (!DefineClass(env, exports)) {
         LOGE("DefineCarAdapterClient fail");
         return nullptr;
@@ -235,7 +235,7 @@ napi_value JsConstructor(napi_env env, napi_callback_info info)
     size_t argc = 1;
     napi_value argv[1] = {nullptr};
     napi_value thisVar = nullptr;
-    napi_get_cb_info(env, info, &argc, argv, &thisVar, nullptr);
+    (void)napi_get_cb_info(env, info, &argc, argv, &thisVar, nullptr);
     auto client = std::make_shared<CarAdapterClient>(env, thisVar);
     CarAdapterClient *rawClient = client.get();
     std::shared_ptr<CarAdapterClient> previous;
@@ -245,7 +245,7 @@ napi_value JsConstructor(napi_env env, napi_callback_info info)
     }
     previous.reset();
     // The wrap owns nothing: the finaliser only logs, the module-wide pointer governs the client's life.
-    napi_wrap(
+    (void)napi_wrap(
         env, thisVar, rawClient, [](napi_env, void *, void *) { LOGI("delete js object"); }, nullptr, nullptr);
     return thisVar;
 }
@@ -264,7 +264,7 @@ CarAdapterClient *CreateJsObject(napi_env env, napi_callback_info, napi_ref cons
     void *client = nullptr;
     if (napi_unwrap(env, *jsObject, &client) != napi_ok || client == nullptr) {
         LOGE("CreateJsObject failed, napi_unwrap fail");
-        napi_remove_wrap(env, *jsObject, nullptr);
+        (void)napi_remove_wrap(env, *jsObject, nullptr);
         *jsObject = nullptr;
         return nullptr;
     }
@@ -310,5 +310,5 @@ napi_value DiscoveryMode(napi_env env, napi_callback_info)
 
 extern "C" __attribute__((constructor)) void RegisterModule(void)
 {
-    napi_module_register(&OHOS::TravelService::g_carServiceModule);
+    (void)napi_module_register(&OHOS::TravelService::g_carServiceModule);
 }

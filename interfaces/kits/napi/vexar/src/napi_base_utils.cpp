@@ -59,14 +59,14 @@ std::string NumberToText(double value)
 napi_value NapiGetNull(napi_env env)
 {
     napi_value result = nullptr;
-    napi_get_null(env, &result);
+    (void)napi_get_null(env, &result);
     return result;
 }
 
 napi_value ThrowNapiError(napi_env env, int32_t code, const std::string &message)
 {
     std::string codeText = std::to_string(code);
-    napi_throw_error(env, codeText.c_str(), message.c_str());
+    (void)napi_throw_error(env, codeText.c_str(), message.c_str());
     LOGE("throw err code: %{public}d, message: %{public}s", code, message.c_str());
     return NapiGetNull(env);
 }
@@ -79,7 +79,7 @@ napi_value CreateNapiError(napi_env env, int32_t code, const std::string &messag
     napi_value error = nullptr;
     napi_create_string_utf8(env, codeText.c_str(), codeText.size(), &codeValue);
     napi_create_string_utf8(env, message.c_str(), message.size(), &messageValue);
-    napi_create_error(env, codeValue, messageValue, &error);
+    (void)napi_create_error(env, codeValue, messageValue, &error);
     return error;
 }
 
@@ -112,16 +112,16 @@ bool ArgumentsEndedCall(napi_env env)
 void ThrowLastNapiError(napi_env env)
 {
     const napi_extended_error_info *errorInfo = nullptr;
-    napi_get_last_error_info(env, &errorInfo);
+    (void)napi_get_last_error_info(env, &errorInfo);
     // The record is overwritten by the next N-API call, so its message is copied first.
     std::string message = "empty error message";
     if (errorInfo != nullptr && errorInfo->error_message != nullptr) {
         message = errorInfo->error_message;
     }
     bool isPending = false;
-    napi_is_exception_pending(env, &isPending);
+    (void)napi_is_exception_pending(env, &isPending);
     if (!isPending && errorInfo != nullptr) {
-        napi_throw_error(env, nullptr, message.c_str());
+        (void)napi_throw_error(env, nullptr, message.c_str());
     }
 }
 
@@ -233,12 +233,12 @@ bool NapiParseMap(napi_env env, napi_value object, std::unordered_map<std::strin
 bool GetNamedProperty(napi_env env, napi_value object, std::string name, napi_value &result)
 {
     bool hasProperty = false;
-    napi_has_named_property(env, object, name.c_str(), &hasProperty);
+    (void)napi_has_named_property(env, object, name.c_str(), &hasProperty);
     if (!hasProperty) {
         LOGE("no listener named %{publlic}s", name.c_str());
         return false;
     }
-    napi_get_named_property(env, object, name.c_str(), &result);
+    (void)napi_get_named_property(env, object, name.c_str(), &result);
     if (GetType(env, result) == napi_function) {
         return true;
     }

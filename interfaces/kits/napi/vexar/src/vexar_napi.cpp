@@ -137,13 +137,13 @@ template <typename T> napi_value SyncThrowParamError(napi_env &env, T *&context)
 {
     if (context == nullptr) {
         std::string code = std::to_string(INVALID_PARAM_ERROR);
-        napi_throw_error(env, code.c_str(), ERROR_MESSAGES[INVALID_PARAM_ERROR].c_str());
+        (void)napi_throw_error(env, code.c_str(), ERROR_MESSAGES[INVALID_PARAM_ERROR].c_str());
         return NapiGetNull(env);
     }
     // An arity or callback fault after a clean parse leaves errCode at 0 and so throws code "0".
     std::string code = std::to_string(context->errCode);
     std::string message = context->errMsg.empty() ? ERROR_MESSAGES[INVALID_PARAM_ERROR] : context->errMsg;
-    napi_throw_error(env, code.c_str(), message.c_str());
+    (void)napi_throw_error(env, code.c_str(), message.c_str());
     delete context;
     context = nullptr;
     return NapiGetNull(env);
@@ -168,9 +168,9 @@ template <typename T> void SettleCall(napi_env env, T *context)
         if (context->errCode == 0) {
             napi_value result = nullptr;
             NapiCreateResult(env, context, &result);
-            napi_resolve_deferred(env, context->deferred, result);
+            (void)napi_resolve_deferred(env, context->deferred, result);
         } else {
-            napi_reject_deferred(env, context->deferred, CreateNapiError(env, context->errCode, context->errMsg));
+            (void)napi_reject_deferred(env, context->deferred, CreateNapiError(env, context->errCode, context->errMsg));
         }
         return;
     }
@@ -181,18 +181,18 @@ template <typename T> void SettleCall(napi_env env, T *context)
         napi_create_int32(env, context->result, &argv[0]);
     }
     napi_value callback = nullptr;
-    napi_get_reference_value(env, context->callback, &callback);
+    (void)napi_get_reference_value(env, context->callback, &callback);
     // The callback has no receiver of its own; engines refuse a missing one, so it gets the script null value.
-    napi_call_function(env, NapiGetNull(env), callback, 1, argv, nullptr);
+    (void)napi_call_function(env, NapiGetNull(env), callback, 1, argv, nullptr);
 }
 
 template <typename T> void FreeContext(napi_env env, T *context)
 {
     if (context->callback != nullptr) {
-        napi_delete_reference(env, context->callback);
+        (void)napi_delete_reference(env, context->callback);
     }
     if (context->work != nullptr) {
-        napi_delete_async_work(env, context->work);
+        (void)napi_delete_async_work(env, context->work);
     }
     delete context;
 }
@@ -244,11 +244,11 @@ napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *nam
         if (GetType(env, argv[paramNum]) != napi_function) {
             return SyncThrowParamError(env, context);
         }
-        napi_create_reference(env, argv[paramNum], 1, &context->callback);
+        (void)napi_create_reference(env, argv[paramNum], 1, &context->callback);
     } else if (argc > paramNum + 1 || argc < minParamNum) {
         return SyncThrowParamError(env, context);
     } else {
-        napi_create_promise(env, &context->deferred, &promise);
+        (void)napi_create_promise(env, &context->deferred, &promise);
     }
     napi_value resourceName = nullptr;
     napi_create_string_utf8(env, name, NAPI_AUTO_LENGTH, &resourceName);
@@ -264,7 +264,7 @@ napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *nam
         return promise;
     }
     napi_value undefined = nullptr;
-    napi_get_undefined(env, &undefined);
+    (void)napi_get_undefined(env, &undefined);
     return undefined;
 }
 
