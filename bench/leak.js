@@ -74,7 +74,7 @@ function adapterWorker() {
     const { parentPort } = require('node:worker_threads');
     const rovanta = require(${JSON.stringify(path.join(__dirname, '..', 'host'))}).requireNapi('carService.rovanta');
     parentPort.on('message', (request) => {
-      if (request === 'collect') for (let round = 0; round < 3; round++) global.gc();
+      if (request === 'collect') for (let round = 0; round < 3 && typeof global.gc === 'function'; round++) global.gc();
       else rovanta.getCarConnectAdapter();
       parentPort.postMessage(request);
     });
