@@ -139,7 +139,8 @@ test.describe('registration threads at the end of the process', () => {
     `, { leakCheck: false });
     assertCleanExit(child);
     const { before, after } = JSON.parse(child.stdout);
-    assert.ok(after - before <= 8, `${after - before} threads started for 5000 registrations`);
+    // At most 8 registration threads, and whatever the engine starts meanwhile; unbounded, it is thousands.
+    assert.ok(after - before <= 16, `${after - before} threads started for 5000 registrations`);
   });
 });
 
@@ -230,7 +231,9 @@ test.describe('worker threads', () => {
     assert.equal(child.stdout.trim(), '0');
   });
 
-  test('a worker whose getter ends the worker with process.exit ends alone', () => {
+  // Deno still runs script in a worker that ended itself from a getter (test/engines/deno-worker-exit-leaves-script-running.js).
+  const DENO_RUNS_SCRIPT_AFTER_WORKER_EXIT = process.versions.deno !== undefined && 'Deno: the ending worker looks live';
+  test('a worker whose getter ends the worker with process.exit ends alone', { skip: DENO_RUNS_SCRIPT_AFTER_WORKER_EXIT }, () => {
     const child = runChild(`
       const { Worker } = require('node:worker_threads');
       const host = require(${HOST});

@@ -38,9 +38,6 @@ napi_value ThrowNapiError(napi_env env, int32_t code, const std::string &message
 napi_value CreateNapiError(napi_env env, int32_t code, const std::string &message);
 // Throws the last N-API error as a plain error unless an exception is pending or no error record exists.
 void ThrowLastNapiError(napi_env env);
-// Whether the environment can still run script: false once it is going away (a terminated worker). A pending
-// exception stays pending.
-bool ScriptCanRun(napi_env env);
 // Whether reading a call's arguments ended the call: script code run by the read threw (a getter, a proxy trap),
 // or the environment is going away.
 bool ArgumentsEndedCall(napi_env env);

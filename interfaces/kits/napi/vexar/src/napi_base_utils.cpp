@@ -31,16 +31,46 @@ constexpr size_t STRING_BUFFER_SIZE = 4096;
 // The range in which a double converts to a signed 64-bit integer without overflow.
 constexpr double INT64_RANGE_LIMIT = 9223372036854775808.0;
 
+// Set on a script thread once its environment is found going away; it never comes back.
+thread_local bool g_scriptEnding = false;
+
+napi_value DoNothing(napi_env, napi_callback_info)
+{
+    return nullptr;
+}
+
+// Whether the environment can still run script: a call of a native no-op function is refused once it is going
+// away (a terminated worker, a worker's own process.exit), by every engine. A pending exception would make the
+// call fail in any case, so it is taken for the probe and thrown again when the environment is live.
+bool ScriptCanRun(napi_env env)
+{
+    napi_value exception = nullptr;
+    bool pending = false;
+    if (napi_is_exception_pending(env, &pending) == napi_ok && pending) {
+        (void)napi_get_and_clear_last_exception(env, &exception);
+    }
+    napi_value probe = nullptr;
+    napi_value receiver = nullptr;
+    bool canRun = napi_create_function(env, "probe", NAPI_AUTO_LENGTH, DoNothing, nullptr, &probe) == napi_ok &&
+                  napi_get_undefined(env, &receiver) == napi_ok &&
+                  napi_call_function(env, receiver, probe, 0, nullptr, nullptr) == napi_ok;
+    if (canRun && exception != nullptr) {
+        (void)napi_throw(env, exception);
+    }
+    return canRun;
+}
+
 // The element, property, boolean and number reads of the map conversion have no failure result: a refusal
-// there throws the platform's message and ends the process. An environment that is going away (a terminated
-// worker, a worker's own process.exit) refuses them too; that must not take every other thread with it, so the
-// call is left quietly there: the caller ends it once the arguments have been read.
+// there throws the platform's message and ends the process. An environment that is going away refuses them too;
+// that must not take every other thread with it, so the call is left quietly there, and the caller ends it once
+// the arguments have been read.
 void AbortUnlessScriptEnding(napi_env env)
 {
     ThrowLastNapiError(env);
     if (ScriptCanRun(env)) {
         std::abort();
     }
+    g_scriptEnding = true;
 }
 
 std::string NumberToText(double value)
@@ -83,30 +113,11 @@ napi_value CreateNapiError(napi_env env, int32_t code, const std::string &messag
     return error;
 }
 
-bool ScriptCanRun(napi_env env)
-{
-    // A pending exception makes every engine refuse script work, whether or not it could run script, so it is
-    // taken for the probe and thrown again. The probe is the cheapest call that needs a running script engine.
-    napi_value exception = nullptr;
-    bool pending = false;
-    if (napi_is_exception_pending(env, &pending) == napi_ok && pending) {
-        (void)napi_get_and_clear_last_exception(env, &exception);
-    }
-    napi_value undefined = nullptr;
-    bool equal = false;
-    bool canRun = napi_get_undefined(env, &undefined) == napi_ok &&
-                  napi_strict_equals(env, undefined, undefined, &equal) == napi_ok;
-    if (canRun && exception != nullptr) {
-        (void)napi_throw(env, exception);
-    }
-    return canRun;
-}
-
 bool ArgumentsEndedCall(napi_env env)
 {
     bool pending = false;
     (void)napi_is_exception_pending(env, &pending);
-    return pending || !ScriptCanRun(env);
+    return pending || g_scriptEnding;
 }
 
 void ThrowLastNapiError(napi_env env)
