@@ -179,6 +179,16 @@ describe('the stand-in platform build refuses what the platform refuses', () => 
   }
 });
 
+describe('versions', () => {
+  it('package.json and bundle.json carry one version, which the changelog names', () => {
+    const packageVersion = JSON.parse(fs.readFileSync(path.join(repoRoot, 'package.json'), 'utf8')).version;
+    assert.equal(bundle.version, packageVersion, 'bundle.json and package.json disagree');
+    const changelog = fs.readFileSync(path.join(repoRoot, 'CHANGELOG.md'), 'utf8');
+    const released = [...changelog.matchAll(/^## \[(\d+\.\d+\.\d+)\]/gm)].map((match) => match[1]);
+    assert.equal(released[0], packageVersion, 'the newest release in CHANGELOG.md is not the version');
+  });
+});
+
 describe(`module ${moduleName}`, () => {
   it('is laid out by the host build where the loader looks', (t) => {
     const outputRoot = process.env.OHOS_HOST_ROOT ?? path.join(repoRoot, 'build', 'root');
