@@ -13,71 +13,60 @@
  * limitations under the License.
  */
 
-// Checks on the device build description, which the host build never reads:
-// the platform build refuses parts that bundle.json does not declare, and a
-// wrong install dir or output name leaves the module where the loader never looks.
+
+// Checks on the device build description: gn evaluates the part's build files
+// in the stand-in platform tree (host/gn), which refuses what the platform's
+// build refuses; gn desc then says where the module is installed and what it
+// is built from.
 'use strict';
 
-const { describe, it } = require('node:test');
+const { describe, it, before, after } = require('node:test');
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
+const os = require('node:os');
 const path = require('node:path');
 const { spawnSync } = require('node:child_process');
 
 const repoRoot = path.resolve(__dirname, '..');
 const moduleName = 'carService.rovanta';
+const bundle = JSON.parse(fs.readFileSync(path.join(repoRoot, 'bundle.json'), 'utf8'));
+const partLabel = `//${bundle.segment.destPath}`;
+const moduleDir = 'interfaces/kits/napi/vexar';
+const moduleLabel = `${partLabel}/${moduleDir}:rovanta`;
+
+// gn is not instrumented: under scripts/with-sanitizer an inherited
+// sanitizer runtime would report gn's own exit-time leaks as failures.
+const toolEnv = { ...process.env };
+delete toolEnv.LD_PRELOAD;
+
+function run(command, args, options = {}) {
+  return spawnSync(command, args, { env: toolEnv, encoding: 'utf8', ...options });
+}
+
+// Lays out a platform tree around partDir in workDir and runs gn gen there;
+// returns gn's exit status and output.
+function gnGen(workDir, partDir = repoRoot) {
+  const result = run(path.join(repoRoot, 'scripts/build-gn'), ['--gen-only', workDir], {
+    env: { ...toolEnv, ROVANTA_PART_DIR: partDir },
+  });
+  return { status: result.status, output: `${result.stdout}${result.stderr}` };
+}
+
+function gnDesc(workDir, label) {
+  const result = run('gn', ['desc', `--root=${workDir}`, path.join(workDir, 'out'), label, '--format=json']);
+  assert.equal(result.status, 0, `gn desc ${label}: ${result.stderr}${result.stdout}`);
+  return JSON.parse(result.stdout);
+}
 
 function findGnFiles(dir) {
   return fs.readdirSync(dir, { withFileTypes: true }).flatMap((entry) => {
     const entryPath = path.join(dir, entry.name);
     if (entry.isDirectory()) {
-      const skipped = entry.name.startsWith('.') || entry.name === 'build' || entry.name === 'node_modules';
+      const skipped = ['.git', 'build', 'node_modules'].map((name) => path.join(repoRoot, name)).includes(entryPath);
       return skipped ? [] : findGnFiles(entryPath);
     }
-    return entry.name.endsWith('.gn') ? [entryPath] : [];
+    return /\.gni?$/.test(entry.name) ? [entryPath] : [];
   });
-}
-
-// Removes comments, leaving string literals (which may hold '#') intact.
-function stripGnComments(text) {
-  return text.replace(/"(?:[^"\\]|\\.)*"|#[^\n]*/g, (match) => (match.startsWith('#') ? '' : match));
-}
-
-// Returns the targets of a GN file as { template, name, body } with the body
-// between the target's braces (nested scopes such as sanitize included).
-function parseGnTargets(text) {
-  const source = stripGnComments(text);
-  const targets = [];
-  const header = /(\w+)\(\s*"([^"]+)"\s*\)\s*\{/g;
-  let match;
-  while ((match = header.exec(source)) !== null) {
-    let depth = 1;
-    let index = header.lastIndex;
-    for (; depth > 0 && index < source.length; ++index) {
-      if (source[index] === '"') {
-        index = source.indexOf('"', index + 1);
-      } else if (source[index] === '{') {
-        ++depth;
-      } else if (source[index] === '}') {
-        --depth;
-      }
-    }
-    assert.equal(depth, 0, `unbalanced braces in target ${match[2]}`);
-    targets.push({ template: match[1], name: match[2], body: source.slice(header.lastIndex, index - 1) });
-    header.lastIndex = index;
-  }
-  return targets;
-}
-
-// Every string of every "name = [...]" and "name += [...]" in a target body.
-function gnListValues(body, name) {
-  const lists = [...body.matchAll(new RegExp(`\\b${name}\\s*\\+?=\\s*\\[([^\\]]*)\\]`, 'g'))];
-  return lists.flatMap((list) => [...list[1].matchAll(/"([^"]*)"/g)].map((value) => value[1]));
-}
-
-function gnStringValue(body, name) {
-  const match = body.match(new RegExp(`\\b${name}\\s*=\\s*"([^"]*)"`));
-  return match ? match[1] : undefined;
 }
 
 // Where the platform loader looks for a system module, relative to its module
@@ -91,117 +80,116 @@ function nativeModulePath(name) {
   return `${lowerName.slice(0, lastDot).replace(/\./g, '/')}/lib${lowerName.slice(lastDot + 1)}.z.so`;
 }
 
-// Where the platform build installs a shared library, relative to its lib dir.
-function installedLibraryPath(target) {
-  const outputName = gnStringValue(target.body, 'output_name') ?? target.name;
-  const fileName = outputName.startsWith('lib') ? outputName : `lib${outputName}`;
-  return `${gnStringValue(target.body, 'relative_install_dir')}/${fileName}.z.so`;
+const scratchDirs = [];
+function scratchDir(prefix) {
+  const dir = fs.mkdtempSync(path.join(os.tmpdir(), prefix));
+  scratchDirs.push(dir);
+  return dir;
 }
-
-const gnFiles = findGnFiles(repoRoot);
-const gnTargets = gnFiles.flatMap((file) =>
-  parseGnTargets(fs.readFileSync(file, 'utf8')).map((target) => ({ ...target, file })),
-);
-const bundle = JSON.parse(fs.readFileSync(path.join(repoRoot, 'bundle.json'), 'utf8'));
-const component = bundle.component;
+after(() => scratchDirs.forEach((dir) => fs.rmSync(dir, { recursive: true, force: true })));
 
 describe('GN files', () => {
-  // gn is not instrumented: under scripts/with-sanitizer an inherited
-  // sanitizer runtime would report gn's own exit-time leaks as failures.
-  const gnEnv = { ...process.env };
-  delete gnEnv.LD_PRELOAD;
-  const gnMissing = spawnSync('gn', ['--version'], { env: gnEnv }).error?.code === 'ENOENT';
-  const skipFormat = gnMissing && 'gn is not installed (Debian package generate-ninja; scripts/build installs it)';
-
-  it('are found, and each defines a target', () => {
-    assert.ok(gnFiles.length >= 1, 'no GN file found');
-    for (const file of gnFiles) {
-      assert.ok(
-        gnTargets.some((target) => target.file === file),
-        `${path.relative(repoRoot, file)} defines no target`,
-      );
-    }
-  });
-
-  for (const file of gnFiles) {
+  for (const file of findGnFiles(repoRoot)) {
     const relativePath = path.relative(repoRoot, file);
-    it(`${relativePath} is gn-formatted`, { skip: skipFormat }, () => {
-      const result = spawnSync('gn', ['format', '--dry-run', file], { env: gnEnv, encoding: 'utf8' });
-      const output = `${result.stderr}${result.stdout}`.trim();
-      assert.equal(
-        result.status,
-        0,
-        `gn format --dry-run exited ${result.status} (${output}); run gn format ${relativePath}`,
-      );
+    it(`${relativePath} is gn-formatted`, () => {
+      const result = run('gn', ['format', '--dry-run', file]);
+      assert.equal(result.status, 0, `gn format --dry-run: ${result.stderr}${result.stdout}; run gn format ${relativePath}`);
     });
   }
 });
 
-describe('bundle.json against the GN files', () => {
-  const externalDeps = gnTargets.flatMap((target) =>
-    gnListValues(target.body, 'external_deps').map((label) => ({ label, target })),
-  );
-  const where = ({ label, target }) => `${label} in ${target.name} (${path.relative(repoRoot, target.file)})`;
-
-  it('declares every part used in external_deps', () => {
-    assert.ok(externalDeps.length > 0, 'no external_deps found');
-    const declaredParts = new Set(component.deps.components);
-    const undeclared = externalDeps.filter(({ label }) => !declaredParts.has(label.split(':')[0]));
-    assert.deepEqual(undeclared.map(where), []);
+describe('the part in a platform tree', () => {
+  let workDir;
+  let moduleTarget;
+  before(() => {
+    workDir = scratchDir('rovanta-gn-');
+    const gen = gnGen(workDir);
+    assert.equal(gen.status, 0, `gn gen and gn check failed:\n${gen.output}`);
+    moduleTarget = gnDesc(workDir, moduleLabel)[moduleLabel];
   });
 
-  it('never names its own part in external_deps', () => {
-    const ownPartDeps = externalDeps.filter(({ label }) => label.split(':')[0] === component.name);
-    assert.deepEqual(ownPartDeps.map(where), []);
+  it(`installs ${moduleName} where the loader looks`, () => {
+    assert.equal(nativeModulePath('a.bC'), 'a/libbc.z.so');
+    assert.equal(nativeModulePath('distributedHardware.deviceManager'), 'distributedhardware/libdevicemanager.z.so');
+    assert.equal(nativeModulePath('Single'), 'libsingle.z.so');
+    assert.equal(moduleTarget.type, 'shared_library');
+    assert.deepEqual(moduleTarget.outputs, [`//out/root/lib/module/${nativeModulePath(moduleName)}`]);
   });
 
-  it('matches the part and subsystem of every target that names them', () => {
-    for (const target of gnTargets) {
-      for (const [field, expected] of [
-        ['part_name', component.name],
-        ['subsystem_name', component.subsystem],
-      ]) {
-        const value = gnStringValue(target.body, field);
-        if (value !== undefined) {
-          assert.equal(value, expected, `${field} of ${target.name}`);
-        }
-      }
-    }
+  it('builds the module from every source of the module', () => {
+    // A source left out still links (the engine's symbols stay undefined), and
+    // fails only when the device loads the module.
+    const sourceDir = path.join(repoRoot, moduleDir, 'src');
+    const expected = fs
+      .readdirSync(sourceDir)
+      .filter((name) => name.endsWith('.cpp'))
+      .map((name) => `${partLabel}/${moduleDir}/src/${name}`);
+    assert.deepEqual([...moduleTarget.sources].sort(), expected.sort());
   });
 
-  it('lists build labels that name existing targets', () => {
-    const labels = [...component.build.sub_component, ...(component.build.test || [])];
-    assert.ok(component.build.sub_component.length > 0);
-    const partPrefix = `//${bundle.segment.destPath}/`;
-    for (const label of labels) {
-      assert.ok(label.startsWith(partPrefix), `${label} lies outside ${partPrefix}`);
-      const [dir, targetName] = label.slice(partPrefix.length).split(':');
-      const buildFile = path.join(repoRoot, dir, 'BUILD.gn');
-      assert.ok(
-        gnTargets.some((target) => target.file === buildFile && target.name === targetName),
-        `${label}: no target ${targetName} in ${path.relative(repoRoot, buildFile)}`,
-      );
+  it('keeps the platform defaults except where the module opts out', () => {
+    assert.ok(moduleTarget.cflags_cc.includes('-fexceptions'), 'use_exceptions did not reach the compiler');
+    assert.ok(moduleTarget.cflags_cc.includes('-fno-rtti'), 'RTTI is on');
+  });
+
+  it('builds the device test targets that bundle.json lists', () => {
+    assert.ok(bundle.component.build.test?.length > 0, 'bundle.json lists no build.test');
+    for (const label of bundle.component.build.test) {
+      const group = gnDesc(workDir, label)[label];
+      assert.equal(group.testonly, true, `${label} is not testonly`);
+      assert.ok(group.deps.length > 0, `${label} has no tests`);
     }
   });
 });
 
+describe('the stand-in platform build refuses what the platform refuses', () => {
+  const buildFile = path.join(moduleDir, 'BUILD.gn');
+  const original = fs.readFileSync(path.join(repoRoot, buildFile), 'utf8');
+  const relativeInstallDir = 'relative_install_dir = "module/carservice"';
+  const externalDeps = 'external_deps = [';
+  const cases = [
+    ['a misspelt field', relativeInstallDir, 'relative_install_dirs = "module/carservice"', 'Assignment had no effect'],
+    ['output_dir', relativeInstallDir, `${relativeInstallDir}\n  output_dir = "x"`, 'output_dir is not allowed'],
+    ['an unknown sanitize field', 'cfi = true', 'cfi = true\n    cfi_typo = true', 'sanitize holds a field'],
+    ['a part bundle.json does not declare', externalDeps, `${externalDeps} "samgr:samgr_proxy",`, 'not in deps.components'],
+    ['its own part in external_deps', externalDeps, `${externalDeps} "rovanta:other",`, "names the target's own part"],
+    ['another subsystem', 'subsystem_name = "carservice"', 'subsystem_name = "other"', 'is not "carservice"'],
+  ];
+
+  // A copy of the part whose BUILD.gn has one change; sources are not needed to generate.
+  function partWith(search, replacement) {
+    assert.ok(original.includes(search), `${buildFile} no longer holds ${search}`);
+    const partDir = scratchDir('rovanta-part-');
+    fs.copyFileSync(path.join(repoRoot, 'bundle.json'), path.join(partDir, 'bundle.json'));
+    fs.mkdirSync(path.join(partDir, moduleDir), { recursive: true });
+    fs.writeFileSync(path.join(partDir, buildFile), original.replace(search, replacement));
+    for (const label of bundle.component.build.test) {
+      const testDir = label.slice(partLabel.length + 1).split(':')[0];
+      fs.cpSync(path.join(repoRoot, testDir), path.join(partDir, testDir), { recursive: true });
+    }
+    return partDir;
+  }
+
+  for (const [fault, search, replacement, message] of cases) {
+    it(`refuses ${fault}`, () => {
+      const gen = gnGen(scratchDir('rovanta-gn-'), partWith(search, replacement));
+      assert.notEqual(gen.status, 0, `gn gen accepted ${fault}`);
+      assert.match(gen.output, new RegExp(message.replace(/[.*+?^${}()|[\]\\]/g, '\\$&')));
+    });
+  }
+});
+
+describe('versions', () => {
+  it('package.json and bundle.json carry one version, which the changelog names', () => {
+    const packageVersion = JSON.parse(fs.readFileSync(path.join(repoRoot, 'package.json'), 'utf8')).version;
+    assert.equal(bundle.version, packageVersion, 'bundle.json and package.json disagree');
+    const changelog = fs.readFileSync(path.join(repoRoot, 'CHANGELOG.md'), 'utf8');
+    const released = [...changelog.matchAll(/^## \[(\d+\.\d+\.\d+)\]/gm)].map((match) => match[1]);
+    assert.equal(released[0], packageVersion, 'the newest release in CHANGELOG.md is not the version');
+  });
+});
+
 describe(`module ${moduleName}`, () => {
-  it('is resolved by the loader rule as the platform documents it', () => {
-    assert.equal(nativeModulePath('a.bC'), 'a/libbc.z.so');
-    assert.equal(nativeModulePath('distributedHardware.deviceManager'), 'distributedhardware/libdevicemanager.z.so');
-    assert.equal(nativeModulePath('x.y.Zz'), 'x/y/libzz.z.so');
-    assert.equal(nativeModulePath('Single'), 'libsingle.z.so');
-  });
-
-  it('is installed by the device build where the loader looks', () => {
-    const napiModules = gnTargets.filter(
-      (target) =>
-        target.template === 'ohos_shared_library' &&
-        gnStringValue(target.body, 'relative_install_dir')?.startsWith('module/'),
-    );
-    assert.deepEqual(napiModules.map(installedLibraryPath), [`module/${nativeModulePath(moduleName)}`]);
-  });
-
   it('is laid out by the host build where the loader looks', (t) => {
     const outputRoot = process.env.OHOS_HOST_ROOT ?? path.join(repoRoot, 'build', 'root');
     if (!fs.existsSync(path.join(outputRoot, 'lib'))) {

@@ -106,6 +106,7 @@ void CarConnectListener::NotifyEvent(napi_value thisVar, const nlohmann::json &e
         LOGE("NotifyEvent error, invalid param: code.");
         return;
     }
+    // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the same code was range-checked above.
     NotifyEventFunc handler = m_notifyEventFunc[ToInt32(*codeEntry)];
     if (!(this->*handler)(thisVar, event)) {
         LOGE("NotifyEvent error, napi_call_function fail.");

@@ -66,7 +66,6 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
 {
     std::lock_guard<std::mutex> lock(queueMutex_);
     LOGI("ConnectListenerManager QueueWork");
-    nlohmann::json eventCopy = event;
     if (handler_ == nullptr) {
         LOGE("handler is nullptr.");
         return;
@@ -75,12 +74,12 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
     // reached. It is locked only on the thread of its environment, so that the last owner is never another thread.
     std::weak_ptr<ConnectListenerManager> weakManager = weak_from_this();
     std::thread::id envThread = envThread_;
-    auto task = [weakManager, envThread, eventCopy]() {
+    auto task = [weakManager, envThread, event]() {
         if (std::this_thread::get_id() != envThread) {
             return;
         }
         if (auto manager = weakManager.lock(); manager != nullptr && !manager->retired_) {
-            manager->PublishEvent(eventCopy);
+            manager->PublishEvent(event);
         }
     };
     auto innerEvent = AppExecFwk::InnerEvent::Get(task, "");

@@ -245,8 +245,10 @@ napi_value JsConstructor(napi_env env, napi_callback_info info)
     }
     previous.reset();
     // The wrap owns nothing: the finaliser only logs, the module-wide pointer governs the client's life.
+    // NOLINTBEGIN(bugprone-lambda-function-name): the finaliser's line names "operator()" by design.
     (void)napi_wrap(
         env, thisVar, rawClient, [](napi_env, void *, void *) { LOGI("delete js object"); }, nullptr, nullptr);
+    // NOLINTEND(bugprone-lambda-function-name)
     return thisVar;
 }
 

@@ -1,0 +1,23 @@
+# Copyright (c) 2026 The rovanta Authors
+# Licensed under the Apache License, Version 2.0 (the "License");
+# you may not use this file except in compliance with the License.
+# You may obtain a copy of the License at
+#
+#     http://www.apache.org/licenses/LICENSE-2.0
+#
+# Unless required by applicable law or agreed to in writing, software
+# distributed under the License is distributed on an "AS IS" BASIS,
+# WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+# See the License for the specific language governing permissions and
+# limitations under the License.
+
+# Step lines for long runs, sourced by the scripts: each step prints one line
+# with the time since the script started, so a slow run can be told from a
+# hung one. The caller sets step_prefix (the script's name).
+
+step_started_at="$(date +%s)"
+
+# step DESCRIPTION: announces the step that starts now.
+step() {
+    printf '[%4ss] %s: %s\n' "$(($(date +%s) - step_started_at))" "$step_prefix" "$1" >&2
+}
