@@ -78,21 +78,21 @@ enum ResultType : int32_t {
     STRING_RESULT = 2,
 };
 
-// One row per service operation: its script method and the wrapper that enters the gate, its operation code and
-// the member the gate calls, its operation name (the key of the call frame's tables and the resource name of its
-// work), the parameters it declares before the optional callback and the fewest it accepts in promise form, the
-// kind of result it delivers, and the call frame bound to its record type, parser and execute step. The class's
+// One row per service operation: its script method, the wrapper that enters the gate and the member the gate
+// calls, its operation name (the key of the call frame's tables and the resource name of its work), the call
+// frame bound to its record type, parser and execute step, its operation code, the parameters it declares before
+// the optional callback and the fewest it accepts in promise form, and the kind of result it delivers. The class's
 // method table, the gate's dispatch table and the call frame's three tables are built from these rows.
 struct OperationRow {
     const char *scriptName;
     napi_callback wrapper;
-    NapiFuncType type;
     CarAdapterClient::HandlerFunc member;
     const char *operationName;
+    napi_value (*run)(napi_env env, napi_callback_info info, const char *operationName);
+    NapiFuncType type;
     int declaredParams;
     int minParams;
     ResultType resultType;
-    napi_value (*run)(napi_env env, napi_callback_info info, const char *operationName);
 };
 
 constexpr size_t OPERATION_COUNT = 9;
