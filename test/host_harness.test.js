@@ -18,7 +18,7 @@
 // The host harness that every other suite stands on: what its stand-ins record and refuse.
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, until } = require('./support/rovanta');
+const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, texts, until } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
 
@@ -104,6 +104,42 @@ test.describe('the simulated car service', () => {
   });
 });
 
-test('the main runner is idle at once when nothing is queued', async () => {
-  await host.mainRunner.whenIdle();
+test.describe('the main runner', () => {
+  test('is idle at once when nothing is queued', async () => {
+    await host.mainRunner.whenIdle();
+  });
+
+  // The backlog is queued while the script thread is busy, so that every event is due before delivery starts: a
+  // runner that drains due tasks in one go gives the script thread a turn or two in all, one that drains them in
+  // bounded batches gives it a turn per batch.
+  test('lets the script thread turn between batches while it works through a backlog of events', async () => {
+    const EVENTS = 4000;
+    let delivered = 0;
+    const adapter = rovanta.getCarConnectAdapter();
+    adapter.registerConnectListener(
+      'backlog',
+      validListener({
+        onDataReceive() {
+          delivered++;
+        },
+      }),
+    );
+    await until(() => texts().includes('InitCallback# InitCallback success'), 'the listener registration');
+
+    for (let index = 0; index < EVENTS; index++) host.carService.emit('OnDataReceive', index, 'backlog');
+    let draining = true;
+    const drained = host.mainRunner.whenIdle().finally(() => {
+      draining = false;
+    });
+    let turns = 0;
+    const deadline = Date.now() + 60000;
+    while (draining) {
+      if (Date.now() > deadline) throw new Error(`timed out waiting for ${EVENTS} queued events to be delivered`);
+      turns++;
+      await new Promise((resolve) => setImmediate(resolve));
+    }
+    await drained;
+    assert.equal(delivered, EVENTS);
+    assert.ok(turns >= 20, `${turns} turns of the script thread while ${EVENTS} queued events were delivered`);
+  });
 });
