@@ -18,6 +18,7 @@
 // The host harness that every other suite stands on: what its stand-ins record and refuse.
 const test = require('node:test');
 const assert = require('node:assert/strict');
+const { spawnSync } = require('node:child_process');
 const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, texts, until } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
@@ -58,6 +59,40 @@ test.describe('HiLog', () => {
     } finally {
       host.hilog.setCapacity(200000);
     }
+  });
+
+  // A child process, since the echo is chosen when the process starts. The module's first line comes from the
+  // main thread, whose thread id is the process id; the registration line from a thread of its own.
+  test('HILOG_STDERR=1 echoes each line in the log reader\'s layout, naming the process and the thread', () => {
+    const script = `
+      const host = require(${JSON.stringify(require.resolve('../host'))});
+      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+      adapter.registerConnectListener('echo', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
+      const deadline = Date.now() + 10000;
+      (function poll() {
+        if (host.hilog.lines().some((line) => line.text === 'InitCallback# InitCallback success')) return;
+        if (Date.now() > deadline) throw new Error('timed out waiting for the registration line');
+        setTimeout(poll, 5);
+      })();`;
+    const child = spawnSync(process.execPath, ['-e', script], {
+      env: { ...process.env, HILOG_STDERR: '1' },
+      encoding: 'utf8',
+      timeout: 30000,
+    });
+    assert.equal(child.status, 0, child.stderr);
+    const layout = /^\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +(\d+) +(\d+) ([DIWEF]) C05400\/TravelVexarNapi: (.*)$/;
+    const lines = child.stderr
+      .trim()
+      .split('\n')
+      .map((line) => layout.exec(line));
+    assert.ok(lines.length > 2 && lines.every(Boolean), child.stderr);
+    const [, processId, mainThread] = lines[0];
+    const registration = lines.find((line) => line[4] === 'InitCallback# InitCallback success');
+    assert.ok(registration, child.stderr);
+    assert.equal(mainThread, processId);
+    assert.ok(lines.every((line) => line[1] === processId));
+    assert.notEqual(registration[2], processId);
+    assert.equal(registration[3], 'I');
   });
 });
 
