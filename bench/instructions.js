@@ -24,8 +24,8 @@ const { spawnSync } = require('node:child_process');
 const host = require('../host');
 const { setUp, PATHS } = require('./workloads');
 
-const MEASURED = { 'call, one at a time': 2000, 'event, 1 service thread': 5000 };
-const WARM_UP = 500;
+const MEASURED = { 'call, one at a time': 3000, 'event, 1 service thread': 5000 };
+const WARM_UP = 3000;
 const LOG_MODES = [
   { name: 'log off', capacity: 0 },
   { name: 'log kept', capacity: host.hilog.capacity() },
@@ -46,30 +46,52 @@ async function countWindows() {
         floor.instructionMark('setup');
         await PATHS[name](targets[targetName], count);
         floor.instructionMark(JSON.stringify({ target: targetName, path: name, log: mode.name, count }));
+        const lines = host.hilog.capacity() === 0 ? 0 : host.hilog.lines().length;
+        console.log(JSON.stringify({ target: targetName, path: name, log: mode.name, lines }));
       }
     }
   }
 }
 
-// Each dump holds the instructions since the previous one and names its window in the trigger line.
-function readWindows() {
+// Instructions spent inside HiLogPrint, callees included, in one dump.
+function hilogInstructions(file) {
+  const annotated = spawnSync('callgrind_annotate', ['--inclusive=yes', '--threshold=100', file], { encoding: 'utf8' });
+  const line = annotated.stdout.split('\n').find((entry) => /[:\s]HiLogPrint \[/.test(entry));
+  return line ? Number(line.trim().split(/\s+/)[0].replace(/,/g, '')) : 0;
+}
+
+// Each dump holds the instructions since the previous one and names its window in the trigger line; the counted
+// run prints the log lines each window kept. The cost of a kept line is what HiLogPrint spends over them.
+function readWindows(lineCounts) {
   const windows = [];
   for (const file of fs.readdirSync(outputDir)) {
     const text = fs.readFileSync(path.join(outputDir, file), 'utf8');
     const trigger = /^desc: Trigger: Client Request: (.*)$/m.exec(text);
     const total = /^(?:summary|totals): (\d+)/m.exec(text);
     if (!trigger || !total || !trigger[1].startsWith('{')) continue;
-    windows.push({ ...JSON.parse(trigger[1]), instructions: Number(total[1]) });
+    windows.push({ ...JSON.parse(trigger[1]), instructions: Number(total[1]), file: path.join(outputDir, file) });
   }
   const rows = [];
   for (const mode of LOG_MODES) {
     for (const name of Object.keys(MEASURED)) {
-      const perOperation = (target) => {
+      const windowOf = (target) => {
         const window = windows.find((entry) => entry.target === target && entry.path === name && entry.log === mode.name);
         if (!window) throw new Error(`no callgrind dump for ${target}, ${name}, ${mode.name}`);
-        return window.instructions / window.count;
+        return window;
       };
-      rows.push({ path: name, log: mode.name, module: perOperation('module'), floor: perOperation('floor') });
+      const moduleWindow = windowOf('module');
+      const row = {
+        path: name,
+        log: mode.name,
+        module: moduleWindow.instructions / moduleWindow.count,
+        floor: windowOf('floor').instructions / moduleWindow.count,
+      };
+      const kept = lineCounts.find((entry) => entry.target === 'module' && entry.path === name && entry.log === mode.name);
+      if (kept.lines > 0) {
+        row.linesPerOperation = kept.lines / moduleWindow.count;
+        row.perKeptLine = hilogInstructions(moduleWindow.file) / kept.lines;
+      }
+      rows.push(row);
     }
   }
   return rows;
@@ -88,11 +110,11 @@ function countUnderCallgrind() {
       __filename,
       '--counting',
     ],
-    { stdio: ['ignore', 'ignore', 'pipe'], encoding: 'utf8' },
+    { stdio: ['ignore', 'pipe', 'pipe'], encoding: 'utf8' },
   );
   if (valgrind.error) throw new Error(`valgrind could not start (Debian package valgrind): ${valgrind.error.message}`);
   if (valgrind.status !== 0) throw new Error(`the counted run failed:\n${valgrind.stderr}`);
-  return readWindows();
+  return readWindows(valgrind.stdout.trim().split('\n').map((line) => JSON.parse(line)));
 }
 
 if (process.argv.includes('--counting')) {
