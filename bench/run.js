@@ -32,6 +32,7 @@ const { within, setUp, PATHS, isEventPath } = require('./workloads');
 const COUNTS = { call: 20000, event: 100000 };
 const MEMORY_COUNT = 200000;
 const MEMORY_CHUNK = 2000;
+const FLOOD_EVENTS = 300000;
 const LOG_MODES = [
   { name: 'log off', capacity: 0 },
   { name: 'log kept', capacity: host.hilog.capacity() },
@@ -121,12 +122,13 @@ function settledRss(gc) {
 async function chunked(target, name, total) {
   for (let done = 0; done < total; done += MEMORY_CHUNK) {
     await PATHS[name](target, Math.min(MEMORY_CHUNK, total - done));
-    host.hilog.capacity() === 0 || host.hilog.clear();
+    clearRecords();
   }
 }
 
-// Growth of the RSS over MEMORY_COUNT operations after a warm-up of the same size, floor and module alike. Call
-// records of the simulated service are cleared every chunk unless it can stop recording.
+// Growth of the RSS over MEMORY_COUNT operations after a warm-up of the same size, floor and module alike. The
+// kept log lines and the call records of the simulated service are cleared every chunk, so that what grows is
+// what the bridge keeps.
 async function memory(targets) {
   const gc = loadGc();
   const rows = [];
@@ -148,6 +150,28 @@ async function memory(targets) {
     }
   }
   return rows;
+}
+
+// Turns of the script thread per second (setImmediate round trips) while 8 service threads flood the module's
+// listener with FLOOD_EVENTS events, until the last one is delivered.
+async function floodTurns(targets) {
+  host.hilog.setCapacity(0);
+  clearRecords();
+  let flooding = true;
+  const started = process.hrtime.bigint();
+  const flood = targets.module.emit(FLOOD_EVENTS, 8).finally(() => {
+    flooding = false;
+  });
+  let turns = 0;
+  const deadline = Date.now() + 300000;
+  while (flooding) {
+    if (Date.now() > deadline) throw new Error(`timed out waiting for a flood of ${FLOOD_EVENTS} events to be delivered`);
+    turns++;
+    await new Promise((resolve) => setImmediate(resolve));
+  }
+  await flood;
+  const elapsed = Number(process.hrtime.bigint() - started) / 1e9;
+  return { events: FLOOD_EVENTS, threads: 8, seconds: elapsed, turnsPerSecond: turns / elapsed };
 }
 
 function instructions() {
@@ -184,8 +208,13 @@ function table(result) {
   for (const row of result.memory) {
     lines.push(`| memory growth, ${row.count} x ${row.path} | ${row.log} | ${mib(row.moduleBytes)} | ${mib(row.floorBytes)} | ${mib(row.moduleBytes - row.floorBytes)} more |`);
   }
+  const { flood } = result;
+  lines.push(`| script thread turns a second, ${flood.events} events from ${flood.threads} threads | log off | ${fixed(flood.turnsPerSecond, 0)} | | |`);
   for (const row of result.instructions || []) {
     lines.push(`| instructions, ${row.path} | ${row.log} | ${fixed(row.module, 0)} | ${fixed(row.floor, 0)} | ${fixed(row.module / row.floor, 2)} x |`);
+  }
+  for (const row of (result.instructions || []).filter((entry) => entry.perKeptLine)) {
+    lines.push(`| instructions per kept log line (${row.linesPerOperation} a ${row.path.split(',')[0]}) | ${row.log} | ${fixed(row.perKeptLine, 0)} | | |`);
   }
   return lines.join('\n');
 }
@@ -196,6 +225,7 @@ async function main() {
   const result = { machine: machine(), date: new Date().toISOString(), rounds, recordingOff };
   result.timings = await timings(targets, rounds);
   result.memory = await memory(targets);
+  result.flood = await floodTurns(targets);
   if (process.argv.includes('--instructions')) result.instructions = instructions();
   fs.mkdirSync(outputDir, { recursive: true });
   fs.writeFileSync(path.join(outputDir, 'results.json'), `${JSON.stringify(result, null, 2)}\n`);
