@@ -214,7 +214,8 @@ function table(result) {
     lines.push(`| instructions, ${row.path} | ${row.log} | ${fixed(row.module, 0)} | ${fixed(row.floor, 0)} | ${fixed(row.module / row.floor, 2)} x |`);
   }
   for (const row of (result.instructions || []).filter((entry) => entry.perKeptLine)) {
-    lines.push(`| instructions per kept log line (${row.linesPerOperation} a ${row.path.split(',')[0]}) | ${row.log} | ${fixed(row.perKeptLine, 0)} | | |`);
+    const kind = row.path.split(',')[0];
+    lines.push(`| instructions per kept log line (${row.linesPerOperation} lines per ${kind}) | ${row.log} | ${fixed(row.perKeptLine, 0)} | | |`);
   }
   return lines.join('\n');
 }
