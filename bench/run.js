@@ -15,60 +15,223 @@
 
 'use strict';
 
-// Throughput of the two paths of the bridge against the simulated car service, then the memory figures of
-// bench/leak.js. Every figure is printed; nothing is asserted.
+// Every benchmark figure of the module next to the floor addon's, in one process: the time of a call and the
+// speed of event delivery as medians and spread over several rounds, and the memory growth over 200,000 calls
+// and events; each with log capture off and at its default capacity. Prints a table and writes it as JSON to
+// build/bench/results.json. With --instructions, adds callgrind instruction counts (bench/instructions.js).
+// Options: --rounds N (default 5), --instructions. Prints figures; asserts nothing.
+const fs = require('node:fs');
+const os = require('node:os');
 const path = require('node:path');
+const v8 = require('node:v8');
+const vm = require('node:vm');
 const { spawnSync } = require('node:child_process');
 const host = require('../host');
+const { within, setUp, PATHS, isEventPath } = require('./workloads');
 
-const rovanta = host.requireNapi('carService.rovanta');
-const CALLS = 50000;
-const EVENTS = 200000;
-const IN_FLIGHT = 64;
+const COUNTS = { call: 20000, event: 100000 };
+const MEMORY_COUNT = 200000;
+const MEMORY_CHUNK = 2000;
+const FLOOD_EVENTS = 300000;
+const LOG_MODES = [
+  { name: 'log off', capacity: 0 },
+  { name: 'log kept', capacity: host.hilog.capacity() },
+];
+const outputDir = path.join(__dirname, '..', 'build', 'bench');
 
-async function callsPerSecond(adapter) {
-  const started = process.hrtime.bigint();
-  for (let done = 0; done < CALLS; done += IN_FLIGHT) {
-    await Promise.all(Array.from({ length: IN_FLIGHT }, (_, index) => adapter.castOperation(index)));
-    host.carService.clearCalls();
-  }
-  return CALLS / (Number(process.hrtime.bigint() - started) / 1e9);
+function option(name, fallback) {
+  const index = process.argv.indexOf(name);
+  return index < 0 ? fallback : Number(process.argv[index + 1]);
 }
 
-async function eventsPerSecond(counter) {
+function median(values) {
+  const sorted = [...values].sort((a, b) => a - b);
+  const middle = sorted.length >> 1;
+  return sorted.length % 2 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
+}
+
+function summary(values) {
+  return { median: median(values), min: Math.min(...values), max: Math.max(...values) };
+}
+
+async function seconds(work) {
   const started = process.hrtime.bigint();
-  await host.carService.emitMany({ callback: 'OnDataReceive', args: [0, 'payload'], count: EVENTS, threads: 4 });
-  await host.mainRunner.whenIdle();
-  const seconds = Number(process.hrtime.bigint() - started) / 1e9;
-  if (counter.delivered !== EVENTS) throw new Error(`delivered ${counter.delivered} of ${EVENTS} events`);
-  return EVENTS / seconds;
+  await work();
+  return Number(process.hrtime.bigint() - started) / 1e9;
+}
+
+// Outside every measured window: fresh log and call records, so that neither grows across measurements.
+function clearRecords() {
+  host.hilog.clear();
+  host.carService.clearCalls();
+}
+
+async function measureRound(targets, name, count, order) {
+  const result = {};
+  for (const targetName of order) {
+    clearRecords();
+    result[targetName] = await within(
+      seconds(() => PATHS[name](targets[targetName], count)),
+      `${name} on the ${targetName} (${count} operations)`,
+    );
+  }
+  return result;
+}
+
+// Per round, the module's cost relative to the floor's: time ratio for calls, speed ratio for events.
+async function timings(targets, rounds) {
+  const rows = [];
+  for (const mode of LOG_MODES) {
+    host.hilog.setCapacity(mode.capacity);
+    for (const name of Object.keys(PATHS)) {
+      const event = isEventPath(name);
+      const count = event ? COUNTS.event : COUNTS.call;
+      await measureRound(targets, name, Math.min(count, 2000), ['floor', 'module']);
+      const perRound = [];
+      for (let round = 0; round < rounds; round++) {
+        perRound.push(await measureRound(targets, name, count, round % 2 ? ['module', 'floor'] : ['floor', 'module']));
+      }
+      const perOperation = (target) => perRound.map((round) => (round[target] / count) * 1e9);
+      const ratio = perRound.map((round) => (event ? round.floor / round.module : round.module / round.floor));
+      rows.push({
+        path: name,
+        log: mode.name,
+        unit: event ? 'speed vs floor' : 'time vs floor',
+        count,
+        moduleNs: summary(perOperation('module')),
+        floorNs: summary(perOperation('floor')),
+        ratio: summary(ratio),
+      });
+      console.error(`measured ${name}, ${mode.name}`);
+    }
+  }
+  return rows;
+}
+
+function loadGc() {
+  v8.setFlagsFromString('--expose-gc');
+  return vm.runInNewContext('gc');
+}
+
+// RSS after full collections, once the allocator has settled.
+function settledRss(gc) {
+  for (let round = 0; round < 3; round++) gc();
+  return process.memoryUsage().rss;
+}
+
+async function chunked(target, name, total) {
+  for (let done = 0; done < total; done += MEMORY_CHUNK) {
+    await PATHS[name](target, Math.min(MEMORY_CHUNK, total - done));
+    clearRecords();
+  }
+}
+
+// Growth of the RSS over MEMORY_COUNT operations after a warm-up of the same size, floor and module alike. The
+// kept log lines and the call records of the simulated service are cleared every chunk, so that what grows is
+// what the bridge keeps.
+async function memory(targets) {
+  const gc = loadGc();
+  const rows = [];
+  for (const name of [`call, 1000 in flight`, 'event, 4 service threads']) {
+    for (const mode of LOG_MODES) {
+      host.hilog.setCapacity(mode.capacity);
+      const growth = {};
+      for (const targetName of ['floor', 'module']) {
+        const run = () => chunked(targets[targetName], name, MEMORY_COUNT);
+        await within(run(), `the memory warm-up of ${name} on the ${targetName}`);
+        clearRecords();
+        const before = settledRss(gc);
+        await within(run(), `${MEMORY_COUNT} operations of ${name} on the ${targetName}`);
+        growth[targetName] = settledRss(gc) - before;
+        clearRecords();
+      }
+      rows.push({ path: name, log: mode.name, count: MEMORY_COUNT, moduleBytes: growth.module, floorBytes: growth.floor });
+      console.error(`measured memory of ${name}, ${mode.name}`);
+    }
+  }
+  return rows;
+}
+
+// Turns of the script thread per second (setImmediate round trips) while 8 service threads flood the module's
+// listener with FLOOD_EVENTS events, until the last one is delivered.
+async function floodTurns(targets) {
+  host.hilog.setCapacity(0);
+  clearRecords();
+  let flooding = true;
+  const started = process.hrtime.bigint();
+  const flood = targets.module.emit(FLOOD_EVENTS, 8).finally(() => {
+    flooding = false;
+  });
+  let turns = 0;
+  const deadline = Date.now() + 300000;
+  while (flooding) {
+    if (Date.now() > deadline) throw new Error(`timed out waiting for a flood of ${FLOOD_EVENTS} events to be delivered`);
+    turns++;
+    await new Promise((resolve) => setImmediate(resolve));
+  }
+  await flood;
+  const elapsed = Number(process.hrtime.bigint() - started) / 1e9;
+  return { events: FLOOD_EVENTS, threads: 8, seconds: elapsed, turnsPerSecond: turns / elapsed };
+}
+
+function instructions() {
+  const child = spawnSync(process.execPath, [path.join(__dirname, 'instructions.js')], {
+    encoding: 'utf8',
+    stdio: ['ignore', 'pipe', 'inherit'],
+  });
+  if (child.status !== 0) throw new Error(`bench/instructions.js exited with ${child.status}`);
+  return JSON.parse(child.stdout);
+}
+
+function machine() {
+  const cpus = os.cpus();
+  return `${cpus[0].model.trim()}, ${cpus.length} cores, ${os.platform()} ${os.release()}, Node.js ${process.version}`;
+}
+
+const fixed = (value, digits) => value.toFixed(digits);
+const spread = ({ median: middle, min, max }, digits) =>
+  `${fixed(middle, digits)} (${fixed(min, digits)}-${fixed(max, digits)})`;
+
+function table(result) {
+  const lines = [
+    `Machine: ${result.machine}; ${result.rounds} rounds; median (min-max)${result.recordingOff ? '' : '; service call records cleared between measurements'}`,
+    '',
+    '| path | log | module ns/op | floor ns/op | module vs floor |',
+    '|---|---|---|---|---|',
+  ];
+  for (const row of result.timings) {
+    lines.push(
+      `| ${row.path} | ${row.log} | ${spread(row.moduleNs, 0)} | ${spread(row.floorNs, 0)} | ${spread(row.ratio, 2)} x ${row.unit.replace(' vs floor', '')} |`,
+    );
+  }
+  const mib = (bytes) => `${fixed(bytes / 1048576, 2)} MiB`;
+  for (const row of result.memory) {
+    lines.push(`| memory growth, ${row.count} x ${row.path} | ${row.log} | ${mib(row.moduleBytes)} | ${mib(row.floorBytes)} | ${mib(row.moduleBytes - row.floorBytes)} more |`);
+  }
+  const { flood } = result;
+  lines.push(`| script thread turns a second, ${flood.events} events from ${flood.threads} threads | log off | ${fixed(flood.turnsPerSecond, 0)} | | |`);
+  for (const row of result.instructions || []) {
+    lines.push(`| instructions, ${row.path} | ${row.log} | ${fixed(row.module, 0)} | ${fixed(row.floor, 0)} | ${fixed(row.module / row.floor, 2)} x |`);
+  }
+  for (const row of (result.instructions || []).filter((entry) => entry.perKeptLine)) {
+    const kind = row.path.split(',')[0];
+    lines.push(`| instructions per kept log line (${row.linesPerOperation} lines per ${kind}) | ${row.log} | ${fixed(row.perKeptLine, 0)} | | |`);
+  }
+  return lines.join('\n');
 }
 
 async function main() {
-  host.hilog.setCapacity(0);
-  const adapter = rovanta.getCarConnectAdapter();
-  const counter = { delivered: 0 };
-  adapter.registerConnectListener('bench', {
-    onBindResult() {},
-    onDataReceive() {
-      counter.delivered++;
-    },
-    onDeviceStateChange() {},
-  });
-  while (!host.carService.isRegistered()) await new Promise((resolve) => setTimeout(resolve, 2));
-
-  const rows = [
-    ['service calls (castOperation, promise form, 64 in flight)', `${Math.round(await callsPerSecond(adapter))} calls/s`],
-    ['events delivered (4 service threads to 1 listener)', `${Math.round(await eventsPerSecond(counter))} events/s`],
-  ];
-  const leak = spawnSync(process.execPath, ['--expose-gc', path.join(__dirname, 'leak.js')], { encoding: 'utf8' });
-  if (leak.status !== 0) throw new Error(leak.stderr);
-  for (const line of leak.stdout.trim().split('\n')) {
-    const phase = JSON.parse(line);
-    rows.push([`RSS growth over ${phase.count} ${phase.phase}`, `${(phase.growth / 1048576).toFixed(2)} MiB`]);
-  }
-  const width = Math.max(...rows.map(([name]) => name.length));
-  for (const [name, value] of rows) console.log(`${name.padEnd(width)}  ${value}`);
+  const rounds = option('--rounds', 5);
+  const { targets, recordingOff } = await setUp();
+  const result = { machine: machine(), date: new Date().toISOString(), rounds, recordingOff };
+  result.timings = await timings(targets, rounds);
+  result.memory = await memory(targets);
+  result.flood = await floodTurns(targets);
+  if (process.argv.includes('--instructions')) result.instructions = instructions();
+  fs.mkdirSync(outputDir, { recursive: true });
+  fs.writeFileSync(path.join(outputDir, 'results.json'), `${JSON.stringify(result, null, 2)}\n`);
+  console.log(table(result));
+  console.log(`\nwritten to ${path.relative(process.cwd(), path.join(outputDir, 'results.json'))}`);
 }
 
 main().catch((error) => {

@@ -43,9 +43,16 @@ function dlopen(file) {
 }
 
 const native = dlopen(path.join(libDir, 'host_platform.node'));
-// The main event runner runs its tasks on the main thread only; worker threads never attach it.
+// The main event runner runs its tasks on the main thread only; worker threads never attach it. A wake-up runs
+// one bounded batch of due tasks; a backlog is worked through a batch per turn of the event loop, so that
+// timers, I/O and other script work keep running during event floods.
+function drainMainRunnerNextTurn() {
+  setImmediate(() => {
+    if (native.mainRunnerDrain()) drainMainRunnerNextTurn();
+  });
+}
 if (isMainThread) {
-  native.attachMainRunner();
+  native.attachMainRunner(drainMainRunnerNextTurn);
 }
 
 const loadedModules = new Map();

@@ -20,6 +20,7 @@ const fs = require('fs');
 const path = require('path');
 const test = require('node:test');
 const assert = require('node:assert/strict');
+const { spawnSync } = require('node:child_process');
 const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, register, until } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
@@ -60,6 +61,40 @@ test.describe('HiLog', () => {
     } finally {
       host.hilog.setCapacity(200000);
     }
+  });
+
+  // A child process, since the echo is chosen when the process starts. The module's first line comes from the
+  // main thread, whose thread id is the process id; the registration line from a thread of its own.
+  test('HILOG_STDERR=1 echoes each line in the log reader\'s layout, naming the process and the thread', () => {
+    const script = `
+      const host = require(${JSON.stringify(require.resolve('../host'))});
+      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+      adapter.registerConnectListener('echo', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
+      const deadline = Date.now() + 10000;
+      (function poll() {
+        if (host.hilog.lines().some((line) => line.text === 'InitCallback# InitCallback success')) return;
+        if (Date.now() > deadline) throw new Error('timed out waiting for the registration line');
+        setTimeout(poll, 5);
+      })();`;
+    const child = spawnSync(process.execPath, ['-e', script], {
+      env: { ...process.env, HILOG_STDERR: '1' },
+      encoding: 'utf8',
+      timeout: 30000,
+    });
+    assert.equal(child.status, 0, child.stderr);
+    const layout = /^\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +(\d+) +(\d+) ([DIWEF]) C05400\/TravelVexarNapi: (.*)$/;
+    const lines = child.stderr
+      .trim()
+      .split('\n')
+      .map((line) => layout.exec(line));
+    assert.ok(lines.length > 2 && lines.every(Boolean), child.stderr);
+    const [, processId, mainThread] = lines[0];
+    const registration = lines.find((line) => line[4] === 'InitCallback# InitCallback success');
+    assert.ok(registration, child.stderr);
+    assert.equal(mainThread, processId);
+    assert.ok(lines.every((line) => line[1] === processId));
+    assert.notEqual(registration[2], processId);
+    assert.equal(registration[3], 'I');
   });
 });
 
@@ -207,6 +242,42 @@ test.describe('a car that answers', () => {
   });
 });
 
-test('the main runner is idle at once when nothing is queued', async () => {
-  await host.mainRunner.whenIdle();
+test.describe('the main runner', () => {
+  test('is idle at once when nothing is queued', async () => {
+    await host.mainRunner.whenIdle();
+  });
+
+  // The backlog is queued while the script thread is busy, so that every event is due before delivery starts: a
+  // runner that drains due tasks in one go gives the script thread a turn or two in all, one that drains them in
+  // bounded batches gives it a turn per batch.
+  test('lets the script thread turn between batches while it works through a backlog of events', async () => {
+    const EVENTS = 4000;
+    let delivered = 0;
+    const adapter = rovanta.getCarConnectAdapter();
+    await register(
+      adapter,
+      'backlog',
+      validListener({
+        onDataReceive() {
+          delivered++;
+        },
+      }),
+    );
+
+    for (let index = 0; index < EVENTS; index++) host.carService.emit('OnDataReceive', index, 'backlog');
+    let draining = true;
+    const drained = host.mainRunner.whenIdle().finally(() => {
+      draining = false;
+    });
+    let turns = 0;
+    const deadline = Date.now() + 60000;
+    while (draining) {
+      if (Date.now() > deadline) throw new Error(`timed out waiting for ${EVENTS} queued events to be delivered`);
+      turns++;
+      await new Promise((resolve) => setImmediate(resolve));
+    }
+    await drained;
+    assert.equal(delivered, EVENTS);
+    assert.ok(turns >= 20, `${turns} turns of the script thread while ${EVENTS} queued events were delivered`);
+  });
 });

@@ -15,7 +15,10 @@
 
 #include "event_runner.h"
 
+#include <algorithm>
+#include <atomic>
 #include <condition_variable>
+#include <iterator>
 #include <mutex>
 #include <thread>
 
@@ -26,9 +29,13 @@
 namespace OHOS {
 namespace Host {
 namespace {
+// Most tasks one RunDue runs, so that the driver's thread gets on with its other work between batches.
+constexpr size_t MAX_TASKS_PER_RUN = 128;
+
 // State of the one main runner. Events wait in the queue until a driver attaches; from then on the driver is
 // woken (at most one wake-up outstanding) whenever an event is due, by the sending thread or by the timer
-// thread for delayed events, and runs the due events on its thread.
+// thread for delayed events, and runs the due events on its thread in batches. The wake-up stays claimed
+// while the driver works through a backlog, so senders do not wake it again meanwhile.
 class MainRunner {
 public:
     static MainRunner &Get()
@@ -44,15 +51,20 @@ public:
         if (state_ == State::DETACHED) {
             return false;
         }
-        bool delayed = event->GetHandleTime() > TaskQueue::Event::Clock::now();
-        queue_.Push(std::move(event), priority);
-        if (state_ == State::ATTACHED) {
-            if (delayed) {
-                timerCondition_.notify_one();
-            } else {
-                WakeIfDueLocked(TaskQueue::Event::Clock::now());
-            }
+        TaskQueue::TimePoint now = TaskQueue::Event::Clock::now();
+        bool delayed = event->GetHandleTime() > now;
+        queue_.Push(std::move(event), priority, now);
+        if (state_ != State::ATTACHED) {
+            return true;
         }
+        if (delayed) {
+            timerCondition_.notify_one();
+            return true;
+        }
+        if (batchRunning_ && priority < batchLeastUrgent_) {
+            interrupted_.store(true, std::memory_order_release);
+        }
+        WakeIfDueLocked(now);
         return true;
     }
 
@@ -64,6 +76,7 @@ public:
         }
         waker_ = std::move(waker);
         state_ = State::ATTACHED;
+        batch_.reserve(MAX_TASKS_PER_RUN);
         timer_ = std::thread(&MainRunner::TimerLoop, this);
         return true;
     }
@@ -78,6 +91,7 @@ public:
                 return;
             }
             state_ = State::DETACHED;
+            interrupted_.store(true, std::memory_order_release);
             waker_ = nullptr;
             dropped = queue_.TakeAll();
             timer = std::move(timer_);
@@ -88,29 +102,25 @@ public:
         }
     }
 
-    void RunDue(const MainTaskScope &scope)
+    bool RunDue(const MainTaskScope &scope)
     {
         {
             std::lock_guard<std::mutex> lock(mutex_);
-            wakeRequested_ = false;
-        }
-        for (;;) {
-            TaskQueue::Event::Pointer event(nullptr, nullptr);
-            {
-                std::lock_guard<std::mutex> lock(mutex_);
-                if (state_ != State::ATTACHED) {
-                    return;
-                }
-                event = queue_.PopDue(TaskQueue::Event::Clock::now());
+            if (state_ != State::ATTACHED) {
+                return false;
             }
-            if (!event) {
-                return;
-            }
-            std::shared_ptr<AppExecFwk::EventHandler> owner = event->GetOwner();
-            if (owner) {
-                scope([&owner, &event] { owner->DistributeEvent(event); });
+            TakeBatchLocked(MAX_TASKS_PER_RUN);
+            if (batch_.empty()) {
+                wakeRequested_ = false;
+                return false;
             }
         }
+        scope([this] { RunBatch(); });
+        std::lock_guard<std::mutex> lock(mutex_);
+        batchRunning_ = false;
+        bool more = state_ == State::ATTACHED && queue_.HasDue(TaskQueue::Event::Clock::now());
+        wakeRequested_ = more;
+        return more;
     }
 
     uint64_t LastSequence()
@@ -122,7 +132,7 @@ public:
     bool HasPendingThrough(uint64_t sequence)
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        return queue_.HasPendingThrough(sequence);
+        return queue_.HasPendingThrough(sequence) || (batchRunning_ && batchOldest_ <= sequence);
     }
 
 private:
@@ -138,11 +148,74 @@ private:
         }
     }
 
+    // Moves up to `limit` due events into the batch, in the order they are to run.
+    void TakeBatchLocked(size_t limit)
+    {
+        TaskQueue::TimePoint now = TaskQueue::Event::Clock::now();
+        interrupted_.store(false, std::memory_order_relaxed);
+        while (batch_.size() < limit) {
+            std::optional<TaskQueue::Entry> entry = queue_.PopDue(now);
+            if (!entry) {
+                break;
+            }
+            batchOldest_ = batch_.empty() ? entry->sequence : std::min(batchOldest_, entry->sequence);
+            batch_.push_back(std::move(*entry));
+        }
+        batchRunning_ = !batch_.empty();
+        if (batchRunning_) {
+            batchLeastUrgent_ = batch_.back().priority;
+        }
+    }
+
+    // Runs the batch outside the lock. When an event that goes before the rest arrives (sent with a more urgent
+    // priority, or a delayed one fallen due) or the runner is detached, the rest goes back and the batch is taken
+    // again, so the order is the one a task-by-task run would keep.
+    void RunBatch()
+    {
+        size_t ran = 0;
+        size_t next = 0;
+        while (next < batch_.size()) {
+            if (interrupted_.load(std::memory_order_acquire)) {
+                std::vector<TaskQueue::Entry> dropped = TakeBackUnrun(next, ran); // destroyed here, unlocked
+                next = 0;
+                continue;
+            }
+            TaskQueue::Event::Pointer event = std::move(batch_[next++].event);
+            std::shared_ptr<AppExecFwk::EventHandler> owner = event->GetOwner();
+            if (owner) {
+                owner->DistributeEvent(event);
+            }
+            ++ran;
+        }
+        batch_.clear();
+    }
+
+    // Returns what a detached runner drops, for the caller to destroy outside the lock.
+    std::vector<TaskQueue::Entry> TakeBackUnrun(size_t next, size_t ran)
+    {
+        std::vector<TaskQueue::Entry> unrun(std::make_move_iterator(batch_.begin() + static_cast<ptrdiff_t>(next)),
+                                            std::make_move_iterator(batch_.end()));
+        batch_.clear();
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (state_ != State::ATTACHED) {
+            batchRunning_ = false;
+            return unrun;
+        }
+        for (auto entry = unrun.rbegin(); entry != unrun.rend(); ++entry) {
+            queue_.Requeue(std::move(*entry));
+        }
+        TakeBatchLocked(MAX_TASKS_PER_RUN - ran);
+        return {};
+    }
+
     void TimerLoop()
     {
         std::unique_lock<std::mutex> lock(mutex_);
         while (state_ == State::ATTACHED) {
             TaskQueue::TimePoint now = TaskQueue::Event::Clock::now();
+            if (batchRunning_ && queue_.HasDelayedDue(now)) {
+                interrupted_.store(true, std::memory_order_release);
+            }
             WakeIfDueLocked(now);
             std::optional<TaskQueue::TimePoint> next = queue_.NextDueAfter(now);
             if (next) {
@@ -160,6 +233,13 @@ private:
     MainRunnerWaker waker_;
     bool wakeRequested_ = false;
     std::thread timer_;
+    // The batch being run, used by the driver's thread only; the fields after it are guarded by the lock.
+    std::vector<TaskQueue::Entry> batch_;
+    bool batchRunning_ = false;
+    TaskQueue::Priority batchLeastUrgent_ = TaskQueue::Priority::IDLE;
+    uint64_t batchOldest_ = 0;
+    // Set when the batch must be taken again before its next task; read by the driver without the lock.
+    std::atomic<bool> interrupted_{false};
 };
 } // namespace
 
@@ -173,9 +253,9 @@ void DetachMainRunner()
     MainRunner::Get().Detach();
 }
 
-void RunDueMainTasks(const MainTaskScope &scope)
+bool RunDueMainTasks(const MainTaskScope &scope)
 {
-    MainRunner::Get().RunDue(scope);
+    return MainRunner::Get().RunDue(scope);
 }
 
 uint64_t MainRunnerLastSequence()

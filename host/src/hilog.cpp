@@ -15,14 +15,22 @@
 
 #include "hilog/log.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
 #include <cctype>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <deque>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <string_view>
 
 #include "ohos_host/host_control.h"
 
@@ -87,69 +95,261 @@ uint64_t ReadUnsigned(ArgReader &reader, Length length)
 
 Length ReadLength(const char *&cursor)
 {
-    static const struct {
-        const char *text;
-        Length length;
-    } modifiers[] = {{"hh", Length::CHAR},   {"h", Length::SHORT},      {"ll", Length::LONG_LONG},
-                     {"l", Length::LONG},    {"j", Length::INTMAX},     {"z", Length::SIZE},
-                     {"t", Length::PTRDIFF}, {"L", Length::LONG_DOUBLE}};
-    for (const auto &modifier : modifiers) {
-        size_t size = std::strlen(modifier.text);
-        if (std::strncmp(cursor, modifier.text, size) == 0) {
-            cursor += size;
-            return modifier.length;
-        }
+    switch (*cursor) {
+    case 'h':
+        return cursor[1] == 'h' ? (cursor += 2, Length::CHAR) : (++cursor, Length::SHORT);
+    case 'l':
+        return cursor[1] == 'l' ? (cursor += 2, Length::LONG_LONG) : (++cursor, Length::LONG);
+    case 'j':
+        return ++cursor, Length::INTMAX;
+    case 'z':
+        return ++cursor, Length::SIZE;
+    case 't':
+        return ++cursor, Length::PTRDIFF;
+    case 'L':
+        return ++cursor, Length::LONG_DOUBLE;
+    default:
+        return Length::NONE;
     }
-    return Length::NONE;
 }
 
-// Copies digits, or the int argument that a `*` stands for, to `printfFormat`.
-void ReadCount(const char *&cursor, ArgReader &reader, std::string &printfFormat)
+// Digits, or the int argument that a `*` stands for; none when there is neither.
+std::optional<int> ReadCount(const char *&cursor, ArgReader &reader)
 {
     if (*cursor == '*') {
-        printfFormat += std::to_string(va_arg(reader.list, int));
         ++cursor;
-        return;
+        return va_arg(reader.list, int);
     }
+    if (!std::isdigit(static_cast<unsigned char>(*cursor))) {
+        return std::nullopt;
+    }
+    int count = 0;
     while (std::isdigit(static_cast<unsigned char>(*cursor))) {
-        printfFormat += *cursor++;
+        count = count * 10 + (*cursor++ - '0');
     }
+    return count;
 }
 
-template <typename Value> void AppendFormatted(std::string &text, const std::string &printfFormat, Value value)
+// The text of a line, built on the caller's stack; what goes past the message limit is cut off.
+class MessageText {
+public:
+    void Append(const char *data, size_t size)
+    {
+        size = std::min(size, MAX_MESSAGE_LENGTH - size_);
+        std::memcpy(bytes_ + size_, data, size);
+        size_ += size;
+    }
+
+    void Append(std::string_view text)
+    {
+        Append(text.data(), text.size());
+    }
+
+    void Pad(size_t count)
+    {
+        count = std::min(count, MAX_MESSAGE_LENGTH - size_);
+        std::memset(bytes_ + size_, ' ', count);
+        size_ += count;
+    }
+
+    std::string_view View() const
+    {
+        return {bytes_, size_};
+    }
+
+private:
+    char bytes_[MAX_MESSAGE_LENGTH];
+    size_t size_ = 0;
+};
+
+// One conversion's flags, width and precision, as printf reads them.
+struct Spec {
+    char flags[8] = {0};
+    size_t flagCount = 0;
+    int width = -1;
+    int precision = -1;
+
+    bool Plain() const
+    {
+        return flagCount == 0 && width < 0 && precision < 0;
+    }
+
+    bool LeftAligned() const
+    {
+        return std::memchr(flags, '-', flagCount) != nullptr;
+    }
+
+    // The printf directive for this spec with `suffix` (length modifier and conversion) at the end.
+    void Directive(char *out, size_t size, const char *suffix) const
+    {
+        int used = std::snprintf(out, size, "%%%.*s", static_cast<int>(flagCount), flags);
+        if (width >= 0) {
+            used += std::snprintf(out + used, size - static_cast<size_t>(used), "%d", width);
+        }
+        if (precision >= 0) {
+            used += std::snprintf(out + used, size - static_cast<size_t>(used), ".%d", precision);
+        }
+        std::snprintf(out + used, size - static_cast<size_t>(used), "%s", suffix);
+    }
+};
+
+// Appends `value` formatted by printf with `spec` and `suffix`, through a stack buffer, once unless the result is
+// longer than the buffer.
+template <typename Value> void AppendPrintf(MessageText &text, const Spec &spec, const char *suffix, Value value)
 {
-    int size = std::snprintf(nullptr, 0, printfFormat.c_str(), value);
+    char directive[48];
+    spec.Directive(directive, sizeof(directive), suffix);
+    char buffer[128];
+    int size = std::snprintf(buffer, sizeof(buffer), directive, value);
     if (size <= 0) {
         return;
     }
-    std::string piece(static_cast<size_t>(size) + 1, '\0');
-    std::snprintf(piece.data(), piece.size(), printfFormat.c_str(), value);
-    piece.pop_back();
-    text += piece;
+    if (static_cast<size_t>(size) < sizeof(buffer)) {
+        text.Append(buffer, static_cast<size_t>(size));
+        return;
+    }
+    std::string wide(static_cast<size_t>(size) + 1, '\0');
+    std::snprintf(wide.data(), wide.size(), directive, value);
+    text.Append(wide.data(), static_cast<size_t>(size));
+}
+
+void AppendString(MessageText &text, const Spec &spec, const char *value)
+{
+    size_t length = spec.precision >= 0 ? strnlen(value, static_cast<size_t>(spec.precision)) : std::strlen(value);
+    size_t padding = spec.width > 0 && static_cast<size_t>(spec.width) > length ? spec.width - length : 0;
+    if (!spec.LeftAligned()) {
+        text.Pad(padding);
+    }
+    text.Append(value, length);
+    if (spec.LeftAligned()) {
+        text.Pad(padding);
+    }
+}
+
+template <typename Integer> void AppendInteger(MessageText &text, Integer value, int base, bool upper)
+{
+    char digits[24];
+    std::to_chars_result end = std::to_chars(digits, digits + sizeof(digits), value, base);
+    if (upper) {
+        std::transform(digits, end.ptr, digits, [](char digit) { return static_cast<char>(std::toupper(digit)); });
+    }
+    text.Append(digits, static_cast<size_t>(end.ptr - digits));
+}
+
+// The values of a line's conversions, encoded one after another: a kind letter, then eight bytes of value, or
+// for a string its length in eight bytes and its bytes. Kept on the caller's stack unless they outgrow it.
+class ArgWriter {
+public:
+    void Add(char kind, uint64_t bits)
+    {
+        Append(&kind, 1);
+        Append(reinterpret_cast<const char *>(&bits), sizeof(bits));
+    }
+
+    void AddSigned(int64_t value)
+    {
+        Add('i', static_cast<uint64_t>(value));
+    }
+
+    void AddDouble(double value)
+    {
+        uint64_t bits = 0;
+        std::memcpy(&bits, &value, sizeof(bits));
+        Add('f', bits);
+    }
+
+    void AddString(const char *value)
+    {
+        size_t length = std::strlen(value);
+        Add('s', length);
+        Append(value, length);
+    }
+
+    std::string_view View() const
+    {
+        return overflow_.empty() ? std::string_view(inline_, size_) : std::string_view(overflow_);
+    }
+
+private:
+    void Append(const char *data, size_t size)
+    {
+        if (overflow_.empty() && size_ + size <= sizeof(inline_)) {
+            std::memcpy(inline_ + size_, data, size);
+            size_ += size;
+            return;
+        }
+        if (overflow_.empty()) {
+            overflow_.assign(inline_, size_);
+        }
+        overflow_.append(data, size);
+    }
+
+    char inline_[512];
+    size_t size_ = 0;
+    std::string overflow_;
+};
+
+std::vector<HiLogArg> ReadArgs(const char *bytes, size_t size)
+{
+    std::vector<HiLogArg> args;
+    for (const char *cursor = bytes; cursor < bytes + size;) {
+        char kind = *cursor++;
+        uint64_t bits = 0;
+        std::memcpy(&bits, cursor, sizeof(bits));
+        cursor += sizeof(bits);
+        double number = 0;
+        switch (kind) {
+        case 'i':
+            args.emplace_back(static_cast<int64_t>(bits));
+            break;
+        case 'u':
+            args.emplace_back(bits);
+            break;
+        case 'f':
+            std::memcpy(&number, &bits, sizeof(number));
+            args.emplace_back(number);
+            break;
+        default:
+            args.emplace_back(std::string(cursor, bits));
+            cursor += bits;
+        }
+    }
+    return args;
 }
 
 // Formats one conversion whose `%` and privacy flag are already consumed. Returns false, consuming no
 // argument, for a conversion it does not know.
-bool FormatConversion(const char *&cursor, ArgReader &reader, std::string &text, std::vector<HiLogArg> &args)
+bool FormatConversion(const char *&cursor, ArgReader &reader, MessageText &text, ArgWriter &args)
 {
-    std::string printfFormat = "%";
-    while (*cursor != '\0' && std::strchr("-+ #0", *cursor) != nullptr) {
-        printfFormat += *cursor++;
+    Spec spec;
+    while (*cursor != '\0' && std::strchr("-+ #0", *cursor) != nullptr && spec.flagCount < sizeof(spec.flags)) {
+        spec.flags[spec.flagCount++] = *cursor++;
     }
-    ReadCount(cursor, reader, printfFormat);
+    // As printf reads them: a negative width from `*` means left alignment, a negative precision none at all.
+    std::optional<int> width = ReadCount(cursor, reader);
+    if (width && *width < 0 && spec.flagCount < sizeof(spec.flags)) {
+        spec.flags[spec.flagCount++] = '-';
+    }
+    spec.width = width ? std::abs(*width) : -1;
     if (*cursor == '.') {
-        printfFormat += *cursor++;
-        ReadCount(cursor, reader, printfFormat);
+        ++cursor;
+        spec.precision = std::max(ReadCount(cursor, reader).value_or(0), -1);
     }
     Length length = ReadLength(cursor);
     char conversion = *cursor;
     switch (conversion) {
     case 'd':
-    case 'i':
+    case 'i': {
+        int64_t value = ReadSigned(reader, length);
+        args.AddSigned(value);
+        spec.Plain() ? AppendInteger(text, value, 10, false)
+                     : AppendPrintf(text, spec, "lld", static_cast<long long>(value));
+        break;
+    }
     case 'c': {
         int64_t value = ReadSigned(reader, length);
-        args.emplace_back(value);
-        AppendFormatted(text, printfFormat + (conversion == 'c' ? "c" : "lld"), static_cast<long long>(value));
+        args.AddSigned(value);
+        AppendPrintf(text, spec, "c", static_cast<int>(value));
         break;
     }
     case 'u':
@@ -157,20 +357,23 @@ bool FormatConversion(const char *&cursor, ArgReader &reader, std::string &text,
     case 'x':
     case 'X': {
         uint64_t value = ReadUnsigned(reader, length);
-        args.emplace_back(value);
-        AppendFormatted(text, printfFormat + "ll" + conversion, static_cast<unsigned long long>(value));
+        args.Add('u', value);
+        const char suffix[] = {'l', 'l', conversion, '\0'};
+        int base = conversion == 'u' ? 10 : conversion == 'o' ? 8 : 16;
+        spec.Plain() ? AppendInteger(text, value, base, conversion == 'X') : AppendPrintf(text, spec, suffix, value);
         break;
     }
     case 'p': {
         void *value = va_arg(reader.list, void *);
-        args.emplace_back(static_cast<uint64_t>(reinterpret_cast<uintptr_t>(value)));
-        AppendFormatted(text, printfFormat + "p", value);
+        args.Add('u', static_cast<uint64_t>(reinterpret_cast<uintptr_t>(value)));
+        AppendPrintf(text, spec, "p", value);
         break;
     }
     case 's': {
         const char *value = va_arg(reader.list, const char *);
-        args.emplace_back(std::string(value != nullptr ? value : "(null)"));
-        AppendFormatted(text, printfFormat + "s", value != nullptr ? value : "(null)");
+        value = value != nullptr ? value : "(null)";
+        args.AddString(value);
+        AppendString(text, spec, value);
         break;
     }
     case 'f':
@@ -183,8 +386,9 @@ bool FormatConversion(const char *&cursor, ArgReader &reader, std::string &text,
     case 'A': {
         double value = length == Length::LONG_DOUBLE ? static_cast<double>(va_arg(reader.list, long double))
                                                      : va_arg(reader.list, double);
-        args.emplace_back(value);
-        AppendFormatted(text, printfFormat + conversion, value);
+        args.AddDouble(value);
+        const char suffix[] = {conversion, '\0'};
+        AppendPrintf(text, spec, suffix, value);
         break;
     }
     default:
@@ -196,17 +400,20 @@ bool FormatConversion(const char *&cursor, ArgReader &reader, std::string &text,
 
 // Formats `fmt`, dropping the `{...}` flag that may follow each `%`. An unknown conversion is copied as it
 // stands and the rest of the line is formatted on.
-void Format(const char *fmt, ArgReader &reader, std::string &text, std::vector<HiLogArg> &args)
+void Format(const char *fmt, ArgReader &reader, MessageText &text, ArgWriter &args)
 {
     const char *cursor = fmt;
     while (*cursor != '\0') {
-        if (*cursor != '%') {
-            text += *cursor++;
-            continue;
+        const char *percent = std::strchr(cursor, '%');
+        if (percent == nullptr) {
+            text.Append(cursor, std::strlen(cursor));
+            break;
         }
-        const char *directive = cursor++;
+        text.Append(cursor, static_cast<size_t>(percent - cursor));
+        const char *directive = percent;
+        cursor = percent + 1;
         if (*cursor == '%') {
-            text += '%';
+            text.Append("%", 1);
             ++cursor;
             continue;
         }
@@ -215,11 +422,8 @@ void Format(const char *fmt, ArgReader &reader, std::string &text, std::vector<H
             cursor = close != nullptr ? close + 1 : cursor + std::strlen(cursor);
         }
         if (!FormatConversion(cursor, reader, text, args)) {
-            text.append(directive, cursor);
+            text.Append(directive, static_cast<size_t>(cursor - directive));
         }
-    }
-    if (text.size() > MAX_MESSAGE_LENGTH) {
-        text.resize(MAX_MESSAGE_LENGTH);
     }
 }
 
@@ -227,6 +431,77 @@ char LevelLetter(int level)
 {
     static const char letters[] = "DIWEF";
     return level >= LOG_DEBUG && level <= LOG_FATAL ? letters[level - LOG_DEBUG] : '?';
+}
+
+char TypeLetter(int type)
+{
+    switch (type) {
+    case LOG_APP:
+        return 'A';
+    case LOG_INIT:
+        return 'I';
+    case LOG_CORE:
+        return 'C';
+    case LOG_KMSG:
+        return 'K';
+    default:
+        return '?';
+    }
+}
+
+// One kept line in a single allocation: tag, format, text and the encoded arguments one after another.
+struct KeptLine {
+    KeptLine(int lineType, int lineLevel, unsigned int lineDomain, std::string_view tag, std::string_view format,
+             std::string_view text, std::string_view args)
+        : type(lineType), level(lineLevel), domain(lineDomain), tagSize(tag.size()), formatSize(format.size()),
+          textSize(text.size()), argsSize(args.size()),
+          bytes(new char[tag.size() + format.size() + text.size() + args.size()])
+    {
+        char *cursor = bytes.get();
+        for (std::string_view part : {tag, format, text, args}) {
+            std::memcpy(cursor, part.data(), part.size());
+            cursor += part.size();
+        }
+    }
+
+    HiLogLine Unpack() const
+    {
+        const char *tag = bytes.get();
+        const char *format = tag + tagSize;
+        const char *text = format + formatSize;
+        return {type,
+                level,
+                domain,
+                std::string(tag, tagSize),
+                std::string(format, formatSize),
+                ReadArgs(text + textSize, argsSize),
+                std::string(text, textSize)};
+    }
+
+    int type;
+    int level;
+    unsigned int domain;
+    size_t tagSize;
+    size_t formatSize;
+    size_t textSize;
+    size_t argsSize;
+    std::unique_ptr<char[]> bytes;
+};
+
+// Writes the line to standard error in the layout of the platform's log reader: date and time to the
+// millisecond, process and thread id, level letter, type letter and the domain's low five hex digits, tag, text.
+void Echo(int type, int level, unsigned int domain, std::string_view tag, std::string_view text)
+{
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    char stamp[32];
+    std::strftime(stamp, sizeof(stamp), "%m-%d %H:%M:%S", &local);
+    std::fprintf(stderr, "%s.%03ld %5d %5d %c %c%05X/%.*s: %.*s\n", stamp, now.tv_nsec / 1000000L,
+                 static_cast<int>(getpid()), static_cast<int>(gettid()), LevelLetter(level), TypeLetter(type),
+                 domain & 0xFFFFFu, static_cast<int>(tag.size()), tag.data(), static_cast<int>(text.size()),
+                 text.data());
 }
 
 class HiLogStore {
@@ -242,12 +517,13 @@ public:
         return capacity_.load(std::memory_order_relaxed) != 0;
     }
 
-    void Add(HiLogLine line)
+    bool Echoing() const
     {
-        if (echo_) {
-            std::fprintf(stderr, "%c %02X/%05X/%s: %s\n", LevelLetter(line.level), static_cast<unsigned>(line.type),
-                         line.domain & 0xFFFFFu, line.tag.c_str(), line.text.c_str());
-        }
+        return echo_;
+    }
+
+    void Add(KeptLine line)
+    {
         std::lock_guard<std::mutex> lock(mutex_);
         lines_.push_back(std::move(line));
         TrimLocked();
@@ -256,7 +532,12 @@ public:
     std::vector<HiLogLine> Lines()
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        return {lines_.begin(), lines_.end()};
+        std::vector<HiLogLine> lines;
+        lines.reserve(lines_.size());
+        for (const KeptLine &line : lines_) {
+            lines.push_back(line.Unpack());
+        }
+        return lines;
     }
 
     void Clear()
@@ -304,7 +585,7 @@ private:
     const bool echo_;
     std::atomic<size_t> capacity_{DEFAULT_HILOG_CAPACITY};
     std::mutex mutex_;
-    std::deque<HiLogLine> lines_;
+    std::deque<KeptLine> lines_;
     uint64_t dropped_ = 0;
 };
 } // namespace
@@ -347,12 +628,17 @@ extern "C" int HiLogPrint(LogType type, LogLevel level, unsigned int domain, con
     if (!domainAllowed || tag == nullptr || fmt == nullptr) {
         return -1;
     }
-    HiLogLine line{type, level, domain, std::string(tag).substr(0, MAX_TAG_LENGTH), fmt, {}, {}};
+    // On the stack, so that formatting allocates only the kept line itself.
+    MessageText text;
+    ArgWriter args;
     ArgReader reader;
     va_start(reader.list, fmt);
-    Format(fmt, reader, line.text, line.args);
+    Format(fmt, reader, text, args);
     va_end(reader.list);
-    int size = static_cast<int>(line.text.size());
-    store.Add(std::move(line));
-    return size;
+    std::string_view keptTag(tag, strnlen(tag, MAX_TAG_LENGTH));
+    if (store.Echoing()) {
+        Echo(type, level, domain, keptTag, text.View());
+    }
+    store.Add(KeptLine(type, level, domain, keptTag, fmt, text.View(), args.View()));
+    return static_cast<int>(text.View().size());
 }

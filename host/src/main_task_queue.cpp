@@ -15,42 +15,74 @@
 
 #include "main_task_queue.h"
 
+#include <algorithm>
+
 namespace OHOS {
 namespace Host {
-uint64_t TaskQueue::Push(Event::Pointer event, Priority priority)
+uint64_t TaskQueue::Push(Event::Pointer event, Priority priority, TimePoint now)
 {
     uint64_t sequence = ++lastSequence_;
     TimePoint handleTime = event->GetHandleTime();
-    waiting_.emplace(handleTime, Entry{{static_cast<uint32_t>(priority), sequence}, std::move(event)});
-    pending_.insert(sequence);
+    Entry entry{priority, sequence, std::move(event)};
+    if (handleTime <= now) {
+        InsertDue(std::move(entry));
+    } else {
+        waiting_.emplace(handleTime, std::move(entry));
+    }
     return sequence;
+}
+
+void TaskQueue::Requeue(Entry entry)
+{
+    InsertDue(std::move(entry));
+}
+
+// Keeps each line in sending order: new events go to the back, a delayed or requeued one to its place.
+void TaskQueue::InsertDue(Entry entry)
+{
+    std::deque<Entry> &line = due_[static_cast<size_t>(entry.priority)];
+    if (line.empty() || line.back().sequence < entry.sequence) {
+        line.push_back(std::move(entry));
+    } else if (line.front().sequence > entry.sequence) {
+        line.push_front(std::move(entry));
+    } else {
+        auto place =
+            std::upper_bound(line.begin(), line.end(), entry.sequence,
+                             [](uint64_t sequence, const Entry &queued) { return sequence < queued.sequence; });
+        line.insert(place, std::move(entry));
+    }
 }
 
 void TaskQueue::PromoteDue(TimePoint now)
 {
-    while (!waiting_.empty() && waiting_.begin()->first <= now) {
-        Entry &entry = waiting_.begin()->second;
-        due_.emplace(entry.order, std::move(entry.event));
+    while (HasDelayedDue(now)) {
+        InsertDue(std::move(waiting_.begin()->second));
         waiting_.erase(waiting_.begin());
     }
 }
 
-TaskQueue::Event::Pointer TaskQueue::PopDue(TimePoint now)
+std::optional<TaskQueue::Entry> TaskQueue::PopDue(TimePoint now)
 {
     PromoteDue(now);
-    if (due_.empty()) {
-        return Event::Pointer(nullptr, nullptr);
+    for (std::deque<Entry> &line : due_) {
+        if (!line.empty()) {
+            Entry entry = std::move(line.front());
+            line.pop_front();
+            return entry;
+        }
     }
-    auto next = due_.begin();
-    Event::Pointer event = std::move(next->second);
-    pending_.erase(next->first.second);
-    due_.erase(next);
-    return event;
+    return std::nullopt;
 }
 
 bool TaskQueue::HasDue(TimePoint now) const
 {
-    return !due_.empty() || (!waiting_.empty() && waiting_.begin()->first <= now);
+    return HasDelayedDue(now) ||
+           std::any_of(due_.begin(), due_.end(), [](const std::deque<Entry> &line) { return !line.empty(); });
+}
+
+bool TaskQueue::HasDelayedDue(TimePoint now) const
+{
+    return !waiting_.empty() && waiting_.begin()->first <= now;
 }
 
 std::optional<TaskQueue::TimePoint> TaskQueue::NextDueAfter(TimePoint now) const
@@ -67,23 +99,30 @@ uint64_t TaskQueue::LastSequence() const
     return lastSequence_;
 }
 
+// Each line is in sending order, so its front is its oldest event; delayed events are few and are looked at
+// one by one.
 bool TaskQueue::HasPendingThrough(uint64_t sequence) const
 {
-    return !pending_.empty() && *pending_.begin() <= sequence;
+    auto older = [sequence](const Entry &entry) { return entry.sequence <= sequence; };
+    return std::any_of(due_.begin(), due_.end(),
+                       [&older](const std::deque<Entry> &line) { return !line.empty() && older(line.front()); }) ||
+           std::any_of(waiting_.begin(), waiting_.end(),
+                       [&older](const auto &waiting) { return older(waiting.second); });
 }
 
 std::vector<TaskQueue::Event::Pointer> TaskQueue::TakeAll()
 {
     std::vector<Event::Pointer> events;
-    for (auto &entry : due_) {
-        events.push_back(std::move(entry.second));
+    for (std::deque<Entry> &line : due_) {
+        for (Entry &entry : line) {
+            events.push_back(std::move(entry.event));
+        }
+        line.clear();
     }
-    for (auto &entry : waiting_) {
-        events.push_back(std::move(entry.second.event));
+    for (auto &waiting : waiting_) {
+        events.push_back(std::move(waiting.second.event));
     }
-    due_.clear();
     waiting_.clear();
-    pending_.clear();
     return events;
 }
 } // namespace Host

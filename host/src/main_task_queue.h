@@ -16,11 +16,11 @@
 #ifndef HOST_SRC_MAIN_TASK_QUEUE_H
 #define HOST_SRC_MAIN_TASK_QUEUE_H
 
+#include <array>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
-#include <set>
-#include <utility>
 #include <vector>
 
 #include "event_queue.h"
@@ -30,17 +30,29 @@ namespace OHOS {
 namespace Host {
 // Events of the main runner in the order they are to run: an event falls due at its handle time; among due
 // events the lower priority value runs first, then the one sent first. Not synchronised: the runner locks it.
+// Due events wait in one first-in first-out line per priority, so that queueing one allocates nothing but now
+// and then a block of its line; delayed events wait apart until they fall due.
 class TaskQueue {
 public:
     using Event = AppExecFwk::InnerEvent;
     using Priority = AppExecFwk::EventQueue::Priority;
     using TimePoint = Event::TimePoint;
 
-    // Queues `event` and returns its sequence number, counting from 1.
-    uint64_t Push(Event::Pointer event, Priority priority);
-    // Removes and returns the event to run next among those due at `now`; null if none is due.
-    Event::Pointer PopDue(TimePoint now);
+    struct Entry {
+        Priority priority;
+        uint64_t sequence;
+        Event::Pointer event;
+    };
+
+    // Queues `event`, due at its handle time, and returns its sequence number, counting from 1.
+    uint64_t Push(Event::Pointer event, Priority priority, TimePoint now);
+    // Puts back an entry taken by PopDue and not run, in its old place.
+    void Requeue(Entry entry);
+    // Removes and returns the entry to run next among those due at `now`; none if nothing is due.
+    std::optional<Entry> PopDue(TimePoint now);
     bool HasDue(TimePoint now) const;
+    // Whether a delayed event has fallen due at `now` and still waits apart.
+    bool HasDelayedDue(TimePoint now) const;
     // The earliest handle time of the events not yet due at `now`.
     std::optional<TimePoint> NextDueAfter(TimePoint now) const;
     uint64_t LastSequence() const;
@@ -50,17 +62,13 @@ public:
     std::vector<Event::Pointer> TakeAll();
 
 private:
-    using Order = std::pair<uint32_t, uint64_t>; // priority value, sequence
-    struct Entry {
-        Order order;
-        Event::Pointer event;
-    };
+    static constexpr size_t PRIORITIES = static_cast<size_t>(Priority::IDLE) + 1;
 
+    void InsertDue(Entry entry);
     void PromoteDue(TimePoint now);
 
     std::multimap<TimePoint, Entry> waiting_;
-    std::map<Order, Event::Pointer> due_;
-    std::set<uint64_t> pending_;
+    std::array<std::deque<Entry>, PRIORITIES> due_;
     uint64_t lastSequence_ = 0;
 };
 } // namespace Host

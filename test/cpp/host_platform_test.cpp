@@ -20,6 +20,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -210,8 +211,8 @@ InnerEvent::Pointer NamedEvent(const std::string &name, InnerEvent::TimePoint ha
 std::vector<std::string> PopAllDue(TaskQueue &queue, InnerEvent::TimePoint now)
 {
     std::vector<std::string> names;
-    while (InnerEvent::Pointer event = queue.PopDue(now)) {
-        names.push_back(event->GetTaskName());
+    while (std::optional<TaskQueue::Entry> entry = queue.PopDue(now)) {
+        names.push_back(entry->event->GetTaskName());
     }
     return names;
 }
@@ -224,12 +225,12 @@ TEST(EventQueueTest, RunsDueEventsByPriorityValueThenSendingOrder)
 
     TaskQueue queue;
     InnerEvent::TimePoint start = InnerEvent::Clock::now();
-    queue.Push(NamedEvent("low-1", start), Priority::LOW);
-    queue.Push(NamedEvent("idle", start), Priority::IDLE);
-    uint64_t delayed = queue.Push(NamedEvent("vip-later", start + 50ms), Priority::VIP);
-    queue.Push(NamedEvent("high", start), Priority::HIGH);
-    queue.Push(NamedEvent("low-2", start), Priority::LOW);
-    queue.Push(NamedEvent("immediate", start), Priority::IMMEDIATE);
+    queue.Push(NamedEvent("low-1", start), Priority::LOW, start);
+    queue.Push(NamedEvent("idle", start), Priority::IDLE, start);
+    uint64_t delayed = queue.Push(NamedEvent("vip-later", start + 50ms), Priority::VIP, start);
+    queue.Push(NamedEvent("high", start), Priority::HIGH, start);
+    queue.Push(NamedEvent("low-2", start), Priority::LOW, start);
+    queue.Push(NamedEvent("immediate", start), Priority::IMMEDIATE, start);
     EXPECT_EQ(delayed, 3u);
     EXPECT_EQ(queue.LastSequence(), 6u);
 
@@ -240,9 +241,21 @@ TEST(EventQueueTest, RunsDueEventsByPriorityValueThenSendingOrder)
     EXPECT_TRUE(queue.HasPendingThrough(delayed));
 
     // Once due, the delayed VIP event goes ahead of an IMMEDIATE one that was due before it.
-    queue.Push(NamedEvent("immediate-2", start), Priority::IMMEDIATE);
+    queue.Push(NamedEvent("immediate-2", start), Priority::IMMEDIATE, start);
     EXPECT_EQ(PopAllDue(queue, start + 50ms), (std::vector<std::string>{"vip-later", "immediate-2"}));
     EXPECT_FALSE(queue.HasPendingThrough(queue.LastSequence()));
+
+    // Entries taken and put back, last first, return to their places ahead of what was sent meanwhile.
+    queue.Push(NamedEvent("low-3", start), Priority::LOW, start);
+    queue.Push(NamedEvent("low-4", start), Priority::LOW, start);
+    std::optional<TaskQueue::Entry> first = queue.PopDue(start);
+    std::optional<TaskQueue::Entry> second = queue.PopDue(start);
+    queue.Push(NamedEvent("low-5", start), Priority::LOW, start);
+    EXPECT_TRUE(queue.HasPendingThrough(queue.LastSequence()));
+    EXPECT_FALSE(queue.HasPendingThrough(second->sequence));
+    queue.Requeue(std::move(*second));
+    queue.Requeue(std::move(*first));
+    EXPECT_EQ(PopAllDue(queue, start), (std::vector<std::string>{"low-3", "low-4", "low-5"}));
 }
 
 TEST(EventHandlerTest, EventsRecordTheirCallSiteAndBadSendsAreRefused)
@@ -291,13 +304,13 @@ private:
 };
 
 // The runner is process-wide and cannot be attached again once detached, so its whole life is one test.
-TEST(MainRunnerTest, DeliversThroughTheAttachedDriverUntilDetached)
+TEST(MainRunnerTest, DeliversThroughTheAttachedDriverInBoundedBatchesUntilDetached)
 {
     std::vector<std::string> ran;
-    int scopes = 0;
-    MainTaskScope scope = [&scopes](const std::function<void()> &task) {
-        ++scopes;
-        task();
+    int batches = 0;
+    MainTaskScope scope = [&batches](const std::function<void()> &tasks) {
+        ++batches;
+        tasks();
     };
     auto record = [&ran](const std::string &label) { return [&ran, label] { ran.push_back(label); }; };
     auto handler = std::make_shared<EventHandler>(EventRunner::GetMainEventRunner());
@@ -315,9 +328,9 @@ TEST(MainRunnerTest, DeliversThroughTheAttachedDriverUntilDetached)
     ASSERT_TRUE(AttachMainRunner([&counter] { counter.Wake(); }));
     EXPECT_FALSE(AttachMainRunner([] {}));
     ASSERT_TRUE(counter.WaitForWakes(1));
-    RunDueMainTasks(scope);
+    EXPECT_FALSE(RunDueMainTasks(scope));
     EXPECT_EQ(ran, (std::vector<std::string>{"vip", "low"}));
-    EXPECT_EQ(scopes, 2);
+    EXPECT_EQ(batches, 1);
     EXPECT_FALSE(MainRunnerHasPendingThrough(beforeAttach));
 
     // Wake-ups are coalesced until the driver runs.
@@ -327,7 +340,7 @@ TEST(MainRunnerTest, DeliversThroughTheAttachedDriverUntilDetached)
     ASSERT_TRUE(counter.WaitForWakes(2));
     std::this_thread::sleep_for(20ms);
     EXPECT_EQ(counter.Wakes(), 2);
-    RunDueMainTasks(scope);
+    EXPECT_FALSE(RunDueMainTasks(scope));
     EXPECT_EQ(ran, (std::vector<std::string>{"a", "b"}));
 
     // A delayed event wakes the driver from the timer thread once it is due, not before.
@@ -340,25 +353,58 @@ TEST(MainRunnerTest, DeliversThroughTheAttachedDriverUntilDetached)
     RunDueMainTasks(scope);
     EXPECT_EQ(ran, (std::vector<std::string>{"delayed"}));
 
+    // A backlog runs a bounded batch per call; the driver, told more is due, is not woken meanwhile. A more
+    // urgent event sent by a task runs next, ahead of the rest of its batch.
+    constexpr int BACKLOG = 300;
+    ran.clear();
+    handler->PostTask([&handler, &record] {
+        handler->PostTask(record("urgent"), "", 0, Priority::VIP);
+        record("first")();
+    });
+    for (int index = 0; index < BACKLOG; ++index) {
+        handler->PostTask(record(std::to_string(index)));
+    }
+    const int wakesBeforeBacklog = counter.Wakes();
+    EXPECT_EQ(wakesBeforeBacklog, 4);
+    ASSERT_TRUE(RunDueMainTasks(scope));
+    EXPECT_LE(ran.size(), 128u);
+    ASSERT_GE(ran.size(), 3u);
+    EXPECT_EQ((std::vector<std::string>(ran.begin(), ran.begin() + 3)),
+              (std::vector<std::string>{"first", "urgent", "0"}));
+    handler->PostTask(record("late"));
+    while (RunDueMainTasks(scope)) {
+    }
+    EXPECT_EQ(counter.Wakes(), wakesBeforeBacklog);
+    ASSERT_EQ(ran.size(), static_cast<size_t>(BACKLOG + 3));
+    EXPECT_EQ(ran[BACKLOG + 1], std::to_string(BACKLOG - 1));
+    EXPECT_EQ(ran.back(), "late");
+    handler->PostTask(record("after"));
+    EXPECT_EQ(counter.Wakes(), wakesBeforeBacklog + 1);
+    EXPECT_FALSE(RunDueMainTasks(scope));
+
     // Senders on several threads at once: no wake-up is lost, every event runs once, each sender's in order.
     constexpr int SENDERS = 4;
     constexpr int EVENTS = 500;
     std::vector<int> next(SENDERS, 0);
     int outOfOrder = 0;
+    int sentRan = 0;
     std::vector<std::thread> senders;
     for (int sender = 0; sender < SENDERS; ++sender) {
-        senders.emplace_back([&handler, &next, &outOfOrder, sender] {
+        senders.emplace_back([&handler, &next, &outOfOrder, &sentRan, sender] {
             for (int index = 0; index < EVENTS; ++index) {
-                handler->PostTask([&next, &outOfOrder, sender, index] { outOfOrder += next[sender]++ != index; });
+                handler->PostTask([&next, &outOfOrder, &sentRan, sender, index] {
+                    outOfOrder += next[sender]++ != index;
+                    ++sentRan;
+                });
             }
         });
     }
-    const int expectedScopes = scopes + SENDERS * EVENTS;
     bool lostWakeUp = false;
-    while (scopes < expectedScopes && !lostWakeUp) {
+    while (sentRan < SENDERS * EVENTS && !lostWakeUp) {
         int seen = counter.Wakes();
-        RunDueMainTasks(scope);
-        lostWakeUp = scopes < expectedScopes && !counter.WaitForWakes(seen + 1);
+        if (!RunDueMainTasks(scope)) {
+            lostWakeUp = sentRan < SENDERS * EVENTS && !counter.WaitForWakes(seen + 1);
+        }
     }
     for (std::thread &sender : senders) {
         sender.join();
@@ -368,6 +414,7 @@ TEST(MainRunnerTest, DeliversThroughTheAttachedDriverUntilDetached)
     EXPECT_EQ(outOfOrder, 0);
 
     // Detaching drops what waits and refuses what comes later; the driver is never woken again.
+    ran.clear();
     int wakesBeforeDetach = counter.Wakes();
     auto payload = std::make_shared<int>(0);
     handler->PostTask([payload] {}, "", 10000);
@@ -376,9 +423,9 @@ TEST(MainRunnerTest, DeliversThroughTheAttachedDriverUntilDetached)
     InnerEvent::Pointer late = InnerEvent::Get(record("late"));
     EXPECT_FALSE(handler->SendEvent(late));
     EXPECT_NE(late, nullptr);
-    RunDueMainTasks(scope);
+    EXPECT_FALSE(RunDueMainTasks(scope));
     EXPECT_EQ(counter.Wakes(), wakesBeforeDetach);
-    EXPECT_EQ(ran, (std::vector<std::string>{"delayed"}));
+    EXPECT_TRUE(ran.empty());
 }
 
 class ITestBroker : public IRemoteBroker {

@@ -81,22 +81,25 @@ std::vector<std::u16string> BrokerDescriptors();
 
 // ---- Main event runner ----
 // Events sent to the main runner wait in its queue until a driver attaches. The driver is woken whenever an
-// event falls due and then runs the due events on its own thread with RunDueMainTasks.
+// event falls due and then runs the due events on its own thread with RunDueMainTasks, a bounded batch per call,
+// so that its thread gets on with other work between batches.
 
-// Called with the runner lock held whenever an event is due and no wake-up is pending, from the sending
-// thread or from the runner timer thread. It must not block or call back into the runner.
+// Called with the runner lock held whenever an event is due and no wake-up is pending, from the sending thread
+// or from the runner timer thread. It must not block or call back into the runner.
 using MainRunnerWaker = std::function<void()>;
-// Wraps the run of one task; it must call `task` exactly once.
-using MainTaskScope = std::function<void(const std::function<void()> &task)>;
+// Wraps the run of one batch of tasks; it must call `tasks` exactly once.
+using MainTaskScope = std::function<void(const std::function<void()> &tasks)>;
 
 // Starts delivery through `waker`. False if a driver is attached already or the runner has been detached.
 bool AttachMainRunner(MainRunnerWaker waker);
 // Stops delivery for good: once this returns the waker is never called again, waiting events are dropped and
 // later events are refused (SendEvent returns false).
 void DetachMainRunner();
-// Runs, on the calling thread, every event that is due, in priority then sending order, including those that
-// fall due or are sent meanwhile. Events whose handler is gone are dropped without running.
-void RunDueMainTasks(const MainTaskScope &scope);
+// Runs, on the calling thread, the events that are due, in priority then sending order, at most 128 of them.
+// Events whose handler is gone are dropped without running. Returns true when more are due: the wake-up then
+// stays claimed, and the driver, not woken again, must call once more after a turn of its own work. Returns
+// false once nothing is due; the next event due wakes the driver.
+bool RunDueMainTasks(const MainTaskScope &scope);
 // Sequence number of the last event sent (events are numbered from 1).
 uint64_t MainRunnerLastSequence();
 // Whether an event numbered `sequence` or lower still waits to run.

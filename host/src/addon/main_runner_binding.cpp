@@ -26,11 +26,14 @@ namespace Addon {
 namespace {
 // Runs the main event runner on the thread of the script environment that attached it, through a thread-safe
 // function that the runner wakes. The wake-up is unreferenced, so that an idle runner never keeps the process
-// alive, except while a whenIdle() promise waits. Used only on that thread.
+// alive, except while a whenIdle() promise waits. A wake-up runs one batch of due tasks; while more are due,
+// the script function given at attach (the thread-safe function's own) schedules the next batch after a turn of
+// the event loop, through DrainBatch. Used only on that thread.
 class MainRunnerBinding {
 public:
     static napi_value Attach(const CallArgs &args);
     static napi_value WhenIdle(const CallArgs &args);
+    static napi_value DrainBatch(const CallArgs &args);
 
 private:
     struct IdleWaiter {
@@ -39,7 +42,9 @@ private:
     };
 
     static MainRunnerBinding *Current(napi_env env);
-    static void Drain(napi_env env, napi_value jsCallback, void *context, void *data);
+    static void Drain(napi_env env, napi_value scheduleDrain, void *context, void *data);
+    // Runs one batch and settles the idle waiters; returns whether more tasks are due.
+    static bool RunBatch(napi_env env, MainRunnerBinding *binding);
     static void Teardown(void *arg);
     static void Finalize(napi_env env, void *data, void *hint);
 
@@ -64,9 +69,13 @@ napi_value MainRunnerBinding::Attach(const CallArgs &args)
     if (Current(env) != nullptr) {
         return Undefined(env);
     }
+    napi_value scheduleDrain = args.At(0);
+    if (TypeOf(env, scheduleDrain) != napi_function) {
+        throw JsError("attachMainRunner needs the function that schedules the next batch");
+    }
     auto binding = std::make_unique<MainRunnerBinding>();
     napi_value name = MakeString(env, "main event runner");
-    Check(env, napi_create_threadsafe_function(env, nullptr, nullptr, name, 0, 1, binding.get(), Finalize,
+    Check(env, napi_create_threadsafe_function(env, scheduleDrain, nullptr, name, 0, 1, binding.get(), Finalize,
                                                binding.get(), Drain, &binding->wakeup_));
     // From here on the thread-safe function owns the binding and deletes it in Finalize.
     MainRunnerBinding *attached = binding.release();
@@ -103,19 +112,34 @@ napi_value MainRunnerBinding::WhenIdle(const CallArgs &args)
     return promise;
 }
 
-// Items left at teardown arrive with a null env and are ignored.
-void MainRunnerBinding::Drain(napi_env env, napi_value, void *context, void *)
+bool MainRunnerBinding::RunBatch(napi_env env, MainRunnerBinding *binding)
 {
-    if (env == nullptr) {
-        return;
-    }
-    RunDueMainTasks([env](const std::function<void()> &task) {
+    bool more = RunDueMainTasks([env](const std::function<void()> &tasks) {
         napi_handle_scope scope = nullptr;
         napi_open_handle_scope(env, &scope);
-        task();
+        tasks();
         napi_close_handle_scope(env, scope);
     });
-    static_cast<MainRunnerBinding *>(context)->SettleIdleWaiters(env);
+    binding->SettleIdleWaiters(env);
+    return more;
+}
+
+// Items left at teardown arrive with a null env and are ignored.
+void MainRunnerBinding::Drain(napi_env env, napi_value scheduleDrain, void *context, void *)
+{
+    if (env == nullptr || !RunBatch(env, static_cast<MainRunnerBinding *>(context))) {
+        return;
+    }
+    napi_value undefined = Undefined(env);
+    napi_call_function(env, undefined, scheduleDrain, 0, nullptr, nullptr);
+}
+
+// mainRunnerDrain(): the next batch, for the scheduled continuation; true while more tasks are due.
+napi_value MainRunnerBinding::DrainBatch(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    MainRunnerBinding *binding = Current(env);
+    return MakeBool(env, binding != nullptr && RunBatch(env, binding));
 }
 
 // Environment cleanup: stop the runner before the thread-safe function goes, so nothing calls it afterwards.
@@ -164,6 +188,7 @@ void DefineMainRunnerFunctions(napi_env env, napi_value exports)
 {
     DefineFunction(env, exports, "attachMainRunner", Export<MainRunnerBinding::Attach>);
     DefineFunction(env, exports, "mainRunnerWhenIdle", Export<MainRunnerBinding::WhenIdle>);
+    DefineFunction(env, exports, "mainRunnerDrain", Export<MainRunnerBinding::DrainBatch>);
 }
 } // namespace Addon
 } // namespace Host

@@ -1,0 +1,127 @@
+/*
+ * Copyright (c) 2026 The rovanta Authors
+ * Licensed under the Apache License, Version 2.0 (the "License");
+ * you may not use this file except in compliance with the License.
+ * You may obtain a copy of the License at
+ *
+ *     http://www.apache.org/licenses/LICENSE-2.0
+ *
+ * Unless required by applicable law or agreed to in writing, software
+ * distributed under the License is distributed on an "AS IS" BASIS,
+ * WITHOUT WARRANTIES OR CONDITIONS OF ANY KIND, either express or implied.
+ * See the License for the specific language governing permissions and
+ * limitations under the License.
+ */
+
+'use strict';
+
+// Instructions per call and per event, module and floor, counted by callgrind with fixed V8 seeds so that runs
+// repeat. Run plainly, it starts itself under valgrind and prints the counts as JSON on stdout; under valgrind
+// (--counting) it runs the measured windows, each closed by the floor addon's instruction mark.
+const fs = require('node:fs');
+const path = require('node:path');
+const { spawnSync } = require('node:child_process');
+const host = require('../host');
+const { setUp, PATHS } = require('./workloads');
+
+const MEASURED = { 'call, one at a time': 3000, 'event, 1 service thread': 5000 };
+const WARM_UP = 3000;
+const LOG_MODES = [
+  { name: 'log off', capacity: 0 },
+  { name: 'log kept', capacity: host.hilog.capacity() },
+];
+const V8_SEEDS = ['--random-seed=20260101', '--hash-seed=20260101', '--single-threaded'];
+const outputDir = path.join(__dirname, '..', 'build', 'bench', 'callgrind');
+
+async function countWindows() {
+  const { floor, targets } = await setUp();
+  if (!floor.instructionMark('start')) throw new Error('not counting: run under callgrind, floor built with valgrind/callgrind.h');
+  for (const mode of LOG_MODES) {
+    host.hilog.setCapacity(mode.capacity);
+    for (const [name, count] of Object.entries(MEASURED)) {
+      for (const targetName of ['floor', 'module']) {
+        await PATHS[name](targets[targetName], WARM_UP);
+        host.hilog.clear();
+        host.carService.clearCalls();
+        floor.instructionMark('setup');
+        await PATHS[name](targets[targetName], count);
+        floor.instructionMark(JSON.stringify({ target: targetName, path: name, log: mode.name, count }));
+        const lines = host.hilog.capacity() === 0 ? 0 : host.hilog.lines().length;
+        console.log(JSON.stringify({ target: targetName, path: name, log: mode.name, lines }));
+      }
+    }
+  }
+}
+
+// Instructions spent inside HiLogPrint, callees included, in one dump.
+function hilogInstructions(file) {
+  const annotated = spawnSync('callgrind_annotate', ['--inclusive=yes', '--threshold=100', file], { encoding: 'utf8' });
+  const line = annotated.stdout.split('\n').find((entry) => /[:\s]HiLogPrint \[/.test(entry));
+  return line ? Number(line.trim().split(/\s+/)[0].replace(/,/g, '')) : 0;
+}
+
+// Each dump holds the instructions since the previous one and names its window in the trigger line; the counted
+// run prints the log lines each window kept. The cost of a kept line is what HiLogPrint spends over them.
+function readWindows(lineCounts) {
+  const windows = [];
+  for (const file of fs.readdirSync(outputDir)) {
+    const text = fs.readFileSync(path.join(outputDir, file), 'utf8');
+    const trigger = /^desc: Trigger: Client Request: (.*)$/m.exec(text);
+    const total = /^(?:summary|totals): (\d+)/m.exec(text);
+    if (!trigger || !total || !trigger[1].startsWith('{')) continue;
+    windows.push({ ...JSON.parse(trigger[1]), instructions: Number(total[1]), file: path.join(outputDir, file) });
+  }
+  const rows = [];
+  for (const mode of LOG_MODES) {
+    for (const name of Object.keys(MEASURED)) {
+      const windowOf = (target) => {
+        const window = windows.find((entry) => entry.target === target && entry.path === name && entry.log === mode.name);
+        if (!window) throw new Error(`no callgrind dump for ${target}, ${name}, ${mode.name}`);
+        return window;
+      };
+      const moduleWindow = windowOf('module');
+      const row = {
+        path: name,
+        log: mode.name,
+        module: moduleWindow.instructions / moduleWindow.count,
+        floor: windowOf('floor').instructions / moduleWindow.count,
+      };
+      const kept = lineCounts.find((entry) => entry.target === 'module' && entry.path === name && entry.log === mode.name);
+      if (kept.lines > 0) {
+        row.linesPerOperation = kept.lines / moduleWindow.count;
+        row.perKeptLine = hilogInstructions(moduleWindow.file) / kept.lines;
+      }
+      rows.push(row);
+    }
+  }
+  return rows;
+}
+
+function countUnderCallgrind() {
+  fs.rmSync(outputDir, { recursive: true, force: true });
+  fs.mkdirSync(outputDir, { recursive: true });
+  const valgrind = spawnSync(
+    'valgrind',
+    [
+      '--tool=callgrind',
+      `--callgrind-out-file=${path.join(outputDir, 'callgrind.out.%p')}`,
+      process.execPath,
+      ...V8_SEEDS,
+      __filename,
+      '--counting',
+    ],
+    { stdio: ['ignore', 'pipe', 'pipe'], encoding: 'utf8' },
+  );
+  if (valgrind.error) throw new Error(`valgrind could not start (Debian package valgrind): ${valgrind.error.message}`);
+  if (valgrind.status !== 0) throw new Error(`the counted run failed:\n${valgrind.stderr}`);
+  return readWindows(valgrind.stdout.trim().split('\n').map((line) => JSON.parse(line)));
+}
+
+if (process.argv.includes('--counting')) {
+  countWindows().catch((error) => {
+    console.error(error);
+    process.exit(1);
+  });
+} else {
+  console.log(JSON.stringify(countUnderCallgrind()));
+}
