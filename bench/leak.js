@@ -121,7 +121,7 @@ async function main() {
     },
     onDeviceStateChange() {},
   });
-  while (!host.carService.isRegistered()) await new Promise((resolve) => setTimeout(resolve, 2));
+  await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration', 30000);
 
   const results = [await measure('service calls', (n) => calls(adapter, n)), await measure('delivered events', events)];
   results[1].delivered = delivered;

@@ -25,11 +25,7 @@ const WAIT_MS = 120000;
 
 // Resolves as `promise` does, or rejects naming `what` after `ms`.
 function within(promise, what, ms = WAIT_MS) {
-  let timer;
-  const timeout = new Promise((_, reject) => {
-    timer = setTimeout(() => reject(new Error(`timed out after ${ms} ms waiting for ${what}`)), ms);
-  });
-  return Promise.race([promise, timeout]).finally(() => clearTimeout(timer));
+  return host.within(promise, what, ms);
 }
 
 function loadFloor() {

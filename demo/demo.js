@@ -68,13 +68,9 @@ function eventOf(name, what, matches = () => true) {
   });
 }
 
-// Polls a state of the simulated car that no event announces; bounded like eventOf.
-async function stateOf(condition, what) {
-  const deadline = Date.now() + WAIT_MS;
-  while (!condition()) {
-    if (Date.now() > deadline) throw new Error(`waited ${WAIT_MS} ms for ${what}, in vain`);
-    await new Promise((resolve) => setImmediate(resolve));
-  }
+// Waits for a state of the simulated car that no event announces; bounded like eventOf.
+function stateOf(condition, what) {
+  return host.waitUntil(condition, what, WAIT_MS);
 }
 
 function callbackForm(adapter, method, ...args) {

@@ -79,30 +79,44 @@ function requireNapi(name) {
   return loadedModules.get(file);
 }
 
-function waitForCalls(member, n, timeoutMs = 2000) {
+// The one bounded wait of the suites, the demo and the benchmarks: resolves once condition() holds, checking
+// every few milliseconds; rejects naming `what` after timeoutMs, or with whatever condition() throws.
+function waitUntil(condition, what, timeoutMs = 2000) {
   return new Promise((resolve, reject) => {
     const deadline = Date.now() + timeoutMs;
     const poll = () => {
-      const seen = native.carCallCount(member);
-      if (seen >= n) {
-        resolve(native.carCalls().filter((call) => call.member === member));
-      } else if (Date.now() >= deadline) {
-        reject(new Error(`waited ${timeoutMs} ms for ${n} call(s) of ${member}, saw ${seen}`));
-      } else {
-        setTimeout(poll, WAIT_POLL_MS);
+      try {
+        if (condition()) resolve();
+        else if (Date.now() >= deadline) reject(new Error(`timed out after ${timeoutMs} ms waiting for ${what}`));
+        else setTimeout(poll, WAIT_POLL_MS);
+      } catch (error) {
+        reject(error);
       }
     };
-    try {
-      poll();
-    } catch (error) {
-      reject(error);
-    }
+    poll();
   });
+}
+
+// Resolves or rejects as `promise` does, or rejects naming `what` after timeoutMs.
+function within(promise, what, timeoutMs = 2000) {
+  let timer;
+  const timeout = new Promise((_, reject) => {
+    timer = setTimeout(() => reject(new Error(`timed out after ${timeoutMs} ms waiting for ${what}`)), timeoutMs);
+  });
+  return Promise.race([promise, timeout]).finally(() => clearTimeout(timer));
+}
+
+function waitForCalls(member, n, timeoutMs = 2000) {
+  return waitUntil(() => native.carCallCount(member) >= n, `${n} call(s) of ${member}`, timeoutMs).then(() =>
+    native.carCalls().filter((call) => call.member === member),
+  );
 }
 
 module.exports = {
   moduleRoot,
   requireNapi,
+  waitUntil,
+  within,
 
   identity: {
     // { systemApp, tokenId }

@@ -33,7 +33,7 @@ const BUSY_MODULE = `
   const adapter = rovanta.getCarConnectAdapter();
   adapter.registerConnectListener('held', listener);
   async function makeBusy() {
-    while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+    await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
     host.carService.failRegistrations(1000);
     adapter.registerConnectListener('sleeping', listener);
     host.carService.setDelay('CastOperation', 400);
@@ -84,7 +84,7 @@ test.describe('process teardown', () => {
         onDeviceChange() { process.exit(3); },
       });
       (async () => {
-        while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+        await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
         host.carService.emitMany({ callback: 'OnDeviceChange', args: [1], count: 1000, threads: 2 });
       })();
     `, { leakCheck: false });
@@ -157,7 +157,7 @@ test.describe('worker threads', () => {
     });
     (async () => {
       const code = await adapter.castOperation(4);
-      while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+      await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
       host.carService.emit('OnDeviceChange', 9);
       await new Promise((r) => setTimeout(r, 50));
       if (process.env.WORKER_LEAVES_WORK) {
@@ -184,7 +184,7 @@ test.describe('worker threads', () => {
           onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
           onDeviceChange(state) { seen.push(state); },
         });
-        while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+        await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
         host.carService.emit('OnDeviceChange', 5);
         await host.mainRunner.whenIdle();
         console.log(JSON.stringify({ report, seen, main: await adapter.castOperation(1) }));
@@ -264,7 +264,7 @@ test.describe('worker threads', () => {
       let delivered = 0;
       adapter.registerConnectListener('main', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, onDeviceChange() { delivered++; } });
       (async () => {
-        while (!host.carService.isRegistered()) await new Promise((r) => setTimeout(r, 2));
+        await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
         const replaced = new Int32Array(new SharedArrayBuffer(4));
         for (let i = 0; i < 1000; i++) host.carService.emit('OnDeviceChange', i);
         const worker = new Worker(\`

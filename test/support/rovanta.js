@@ -70,13 +70,9 @@ function delay(ms) {
   return new Promise((resolve) => setTimeout(resolve, ms));
 }
 
-// Polls `condition` until it holds; fails the test, naming `what`, after timeoutMs.
-async function until(condition, what, timeoutMs = 2000) {
-  const deadline = Date.now() + timeoutMs;
-  while (!condition()) {
-    if (Date.now() > deadline) throw new Error(`timed out waiting for ${what}`);
-    await delay(2);
-  }
+// Waits until `condition` holds; fails the test, naming `what`, after timeoutMs.
+function until(condition, what, timeoutMs = 2000) {
+  return host.waitUntil(condition, what, timeoutMs);
 }
 
 // Registration threads that have registered the callback record and logged it.

@@ -72,14 +72,17 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
     }
     // The task holds the manager weakly: a manager replaced before its tasks run, destroyed or not yet, is never
     // reached. It is locked only on the thread of its environment, so that the last owner is never another thread.
+    // The task owns the one copy of the event through a shared pointer, so that the copies the platform makes of
+    // the task on its way to the main thread copy no event.
     std::weak_ptr<ConnectListenerManager> weakManager = weak_from_this();
     std::thread::id envThread = envThread_;
-    auto task = [weakManager, envThread, event]() {
+    auto eventCopy = std::make_shared<const nlohmann::json>(event);
+    auto task = [weakManager, envThread, eventCopy]() {
         if (std::this_thread::get_id() != envThread) {
             return;
         }
         if (auto manager = weakManager.lock(); manager != nullptr && !manager->retired_) {
-            manager->PublishEvent(event);
+            manager->PublishEvent(*eventCopy);
         }
     };
     auto innerEvent = AppExecFwk::InnerEvent::Get(task, "");
