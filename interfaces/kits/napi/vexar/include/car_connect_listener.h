@@ -125,8 +125,8 @@ template <CarEventCode CODE, typename... Values> nlohmann::json BuildEvent(Value
     return event;
 }
 
-bool CreateArgNumber(napi_env env, const nlohmann::json &event, const std::string &key, napi_value *result);
-bool CreateArgString(napi_env env, const nlohmann::json &event, const std::string &key, napi_value *result);
+bool CreateArgNumber(napi_env env, const nlohmann::json &event, const char *key, napi_value *result);
+bool CreateArgString(napi_env env, const nlohmann::json &event, const char *key, napi_value *result);
 
 // One script listener object of one session. Main thread only.
 class CarConnectListener {

@@ -60,24 +60,24 @@ const CarConnectListener::NotifyEventFunc CarConnectListener::m_notifyEventFunc[
     &CarConnectListener::OnDisconnectResult,
 };
 
-bool CreateArgNumber(napi_env env, const nlohmann::json &event, const std::string &key, napi_value *result)
+bool CreateArgNumber(napi_env env, const nlohmann::json &event, const char *key, napi_value *result)
 {
     auto entry = event.find(key);
     if (!event.is_object() || entry == event.end() || !entry->is_number()) {
-        LOGE("Cannot find or invalid %{public}s.", key.c_str());
+        LOGE("Cannot find or invalid %{public}s.", key);
         return false;
     }
     return napi_create_int32(env, ToInt32(*entry), result) == napi_ok;
 }
 
-bool CreateArgString(napi_env env, const nlohmann::json &event, const std::string &key, napi_value *result)
+bool CreateArgString(napi_env env, const nlohmann::json &event, const char *key, napi_value *result)
 {
     auto entry = event.find(key);
     if (!event.is_object() || entry == event.end() || !entry->is_string()) {
-        LOGE("Cannot find or invalid %{public}s.", key.c_str());
+        LOGE("Cannot find or invalid %{public}s.", key);
         return false;
     }
-    std::string text = entry->get<std::string>();
+    const std::string &text = entry->get_ref<const std::string &>();
     return napi_create_string_utf8(env, text.c_str(), NAPI_AUTO_LENGTH, result) == napi_ok;
 }
 

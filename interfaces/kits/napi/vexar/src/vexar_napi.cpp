@@ -15,6 +15,7 @@
 
 #include "vexar_napi.h"
 
+#include <functional>
 #include <map>
 
 #include "connect_module.h"
@@ -27,19 +28,22 @@
 namespace OHOS {
 namespace TravelService {
 namespace {
-// The call frame's three tables, keyed by operation name, built at load from the operation rows.
-template <typename Column> std::map<std::string, int> TableOf(Column column)
+// The call frame's three tables, keyed by operation name, built at load from the operation rows. The comparator
+// is transparent, so that a lookup by the operation's C string builds no temporary string.
+using OperationTable = std::map<std::string, int, std::less<>>;
+
+template <typename Column> OperationTable TableOf(Column column)
 {
-    std::map<std::string, int> table;
+    OperationTable table;
     for (const OperationRow &row : OPERATIONS) {
         table.emplace(row.operationName, static_cast<int>(column(row)));
     }
     return table;
 }
 
-std::map<std::string, int> paramNumMap = TableOf([](const OperationRow &row) { return row.declaredParams; });
-std::map<std::string, int> minParamNumMap = TableOf([](const OperationRow &row) { return row.minParams; });
-std::map<std::string, int> resultTypeMap = TableOf([](const OperationRow &row) { return row.resultType; });
+OperationTable paramNumMap = TableOf([](const OperationRow &row) { return row.declaredParams; });
+OperationTable minParamNumMap = TableOf([](const OperationRow &row) { return row.minParams; });
+OperationTable resultTypeMap = TableOf([](const OperationRow &row) { return row.resultType; });
 
 // The most parameters any operation declares, plus the callback slot.
 constexpr size_t MAX_CALL_ARGC = 3;
@@ -215,12 +219,16 @@ template <typename T>
 napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *name, ParseFunc<T> parser,
                         napi_async_execute_callback execute)
 {
-    if (paramNumMap.find(name) == paramNumMap.end() || resultTypeMap.find(name) == resultTypeMap.end()) {
+    auto paramNumEntry = paramNumMap.find(name);
+    auto resultTypeEntry = resultTypeMap.find(name);
+    if (paramNumEntry == paramNumMap.end() || resultTypeEntry == resultTypeMap.end()) {
         LOGE("no param of %{public}s", name);
         return NapiGetNull(env);
     }
-    size_t paramNum = static_cast<size_t>(paramNumMap[name]);
-    size_t minParamNum = static_cast<size_t>(minParamNumMap[name]);
+    size_t paramNum = static_cast<size_t>(paramNumEntry->second);
+    // Every operation row fills all three tables; a name missing from this one would count as no minimum.
+    auto minParamNumEntry = minParamNumMap.find(name);
+    size_t minParamNum = minParamNumEntry == minParamNumMap.end() ? 0 : static_cast<size_t>(minParamNumEntry->second);
     napi_value argv[MAX_CALL_ARGC] = {nullptr};
     size_t argc = paramNum + 1;
     if (napi_get_cb_info(env, info, &argc, argv, nullptr, nullptr) != napi_ok) {
@@ -235,7 +243,7 @@ napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *nam
         FreeContext(env, context);
         return nullptr;
     }
-    context->resultType = resultTypeMap[name];
+    context->resultType = resultTypeEntry->second;
     if (context->paramError && context->errCode != 0) {
         return SyncThrowParamError(env, context);
     }
