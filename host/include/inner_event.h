@@ -48,6 +48,8 @@ public:
 
     // A task event; null if `callback` is empty.
     static Pointer Get(const Callback &callback, const std::string &name = std::string(), const Caller &caller = {});
+    // The same, taking over the callback and the call-site record instead of copying them.
+    static Pointer Get(Callback &&callback, const std::string &name = std::string(), Caller &&caller = {});
 
     bool HasTask() const;
     const Callback &GetTaskCallback() const;
@@ -62,7 +64,7 @@ public:
     void SetHandleTime(const TimePoint &handleTime);
 
 private:
-    InnerEvent(const Callback &callback, const std::string &name, const Caller &caller);
+    InnerEvent(Callback callback, std::string name, Caller caller);
     ~InnerEvent() = default;
     DISALLOW_COPY_AND_MOVE(InnerEvent);
 

@@ -15,19 +15,26 @@
 
 #include "inner_event.h"
 
+#include <utility>
+
 namespace OHOS {
 namespace AppExecFwk {
-InnerEvent::InnerEvent(const Callback &callback, const std::string &name, const Caller &caller)
-    : taskCallback_(callback), taskName_(name), caller_(caller)
+InnerEvent::InnerEvent(Callback callback, std::string name, Caller caller)
+    : taskCallback_(std::move(callback)), taskName_(std::move(name)), caller_(std::move(caller))
 {
 }
 
 InnerEvent::Pointer InnerEvent::Get(const Callback &callback, const std::string &name, const Caller &caller)
 {
+    return Get(Callback(callback), name, Caller(caller));
+}
+
+InnerEvent::Pointer InnerEvent::Get(Callback &&callback, const std::string &name, Caller &&caller)
+{
     if (!callback) {
         return Pointer(nullptr, nullptr);
     }
-    return Pointer(new InnerEvent(callback, name, caller), Drop);
+    return Pointer(new InnerEvent(std::move(callback), name, std::move(caller)), Drop);
 }
 
 void InnerEvent::Drop(InnerEvent *event)

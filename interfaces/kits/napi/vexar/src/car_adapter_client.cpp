@@ -120,6 +120,9 @@ ManagerPtr &listenerManager = *new ManagerPtr();
 std::vector<ManagerPtr> &retiredManagers = *new std::vector<ManagerPtr>();
 // One per environment that imported the module: runs the destruction of its retired managers on its thread.
 std::map<napi_env, napi_threadsafe_function> &disposers = *new std::map<napi_env, napi_threadsafe_function>();
+// Managers a service thread was left holding last while their environment had no disposer (torn down, or none
+// could be made): no thread may destroy them any more.
+std::vector<ManagerPtr> &orphanedManagers = *new std::vector<ManagerPtr>();
 
 ManagerPtr CurrentListenerManager()
 {
@@ -152,6 +155,24 @@ void DisposeRetiredManagers(napi_env env, napi_value, void *, void *)
     }
 }
 
+// Called with the lock held, for a reference that may be the manager's last. Returns it for the caller to destroy
+// outside the lock when this is the manager's own thread; from any other thread it is handed to its
+// environment's disposer, or kept in `withoutDisposer` when the environment has none.
+ManagerPtr DisposeOnOwnThreadLocked(ManagerPtr manager, std::vector<ManagerPtr> &withoutDisposer)
+{
+    if (manager->GetEnvThread() == std::this_thread::get_id()) {
+        return manager;
+    }
+    auto disposer = disposers.find(manager->GetEnv());
+    if (disposer == disposers.end()) {
+        withoutDisposer.push_back(std::move(manager));
+        return nullptr;
+    }
+    retiredManagers.push_back(std::move(manager));
+    (void)napi_call_threadsafe_function(disposer->second, nullptr, napi_tsfn_nonblocking);
+    return nullptr;
+}
+
 // Called with the lock held. Returns what must be destroyed by the caller, outside the lock, on the calling
 // thread; a manager of another thread is handed to its environment's disposer instead.
 ManagerPtr RetireLocked(ManagerPtr manager)
@@ -161,15 +182,8 @@ ManagerPtr RetireLocked(ManagerPtr manager)
     }
     // Only the current manager's listeners receive events, also those queued before the replacement.
     manager->Retire();
-    if (manager->GetEnvThread() == std::this_thread::get_id()) {
-        return manager;
-    }
-    auto disposer = disposers.find(manager->GetEnv());
-    retiredManagers.push_back(std::move(manager));
-    if (disposer != disposers.end()) {
-        (void)napi_call_threadsafe_function(disposer->second, nullptr, napi_tsfn_nonblocking);
-    }
-    return nullptr;
+    // A current manager's environment is alive: without a disposer, the manager waits for its teardown.
+    return DisposeOnOwnThreadLocked(std::move(manager), retiredManagers);
 }
 
 void ReplaceListenerManager(ManagerPtr manager)
@@ -181,11 +195,23 @@ void ReplaceListenerManager(ManagerPtr manager)
     }
 }
 
+// The lock is held only to copy the current manager's pointer, so that service threads do not queue behind one
+// another; QueueWork serialises itself with the manager's own queue lock. The manager may be replaced or its
+// environment torn down meanwhile, leaving this copy as its last owner on a thread that must not destroy it: the
+// copy is given up under the lock while the slot still holds the manager, and handed on otherwise.
 void QueueToCurrentManager(const nlohmann::json &event)
 {
+    ManagerPtr manager = CurrentListenerManager();
+    if (manager == nullptr) {
+        return;
+    }
+    manager->QueueWork(event);
+    ManagerPtr ownThreadLast;
     std::lock_guard<std::mutex> lock(g_listenerManagerMutex);
-    if (listenerManager != nullptr) {
-        listenerManager->QueueWork(event);
+    if (manager == listenerManager) {
+        manager.reset();
+    } else {
+        ownThreadLast = DisposeOnOwnThreadLocked(std::move(manager), orphanedManagers);
     }
 }
 

@@ -15,6 +15,8 @@
 
 #include "connect_listener_manager.h"
 
+#include <utility>
+
 #include "vexar_common_constants.h"
 #include "vexar_connect_constants.h"
 #include "vexar_log.h"
@@ -85,7 +87,7 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
             manager->PublishEvent(*eventCopy);
         }
     };
-    auto innerEvent = AppExecFwk::InnerEvent::Get(task, "");
+    auto innerEvent = AppExecFwk::InnerEvent::Get(std::move(task), "");
     handler_->SendEvent(innerEvent, DELIVERY_DELAY_MS, DELIVERY_PRIORITY);
 }
 
