@@ -16,7 +16,10 @@
 find_package(GTest REQUIRED)
 
 add_executable(host_platform_test
-    ${CMAKE_CURRENT_LIST_DIR}/host_platform_test.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/host_hilog_test.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/host_access_token_test.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/host_event_runner_test.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/host_ipc_test.cpp
     ${CMAKE_CURRENT_LIST_DIR}/host_car_service_test.cpp
 )
 target_include_directories(host_platform_test PRIVATE ${CMAKE_CURRENT_LIST_DIR}/../../host/src)
