@@ -210,8 +210,13 @@ test.describe('registration with the car service', () => {
   });
 
   test('an empty session name is accepted and the required three functions are enough', async () => {
+    host.hilog.clear();
     assert.equal(await register(adapter, '', validListener()), 0);
-    assert.ok(texts().includes('SubscribeListener# register ConnectListener success'));
+    const subscribeLines = texts().filter((line) => line.startsWith('SubscribeListener# '));
+    assert.deepEqual(subscribeLines, [
+      'SubscribeListener# ConnectListenerManager subscribeListener',
+      'SubscribeListener# register ConnectListener success',
+    ]);
   });
 });
 
