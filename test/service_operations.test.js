@@ -195,6 +195,7 @@ test.describe('values as the service receives them', () => {
       m: () => {},
       n: 10n,
       o: Symbol('o'),
+      p: 2 ** 40,
       7: 'seven',
       [Symbol('hidden')]: 'no',
     };
@@ -218,6 +219,7 @@ test.describe('values as the service receives them', () => {
           m: '',
           n: '',
           o: '',
+          p: '1099511627776',
         },
       ],
     ]);

@@ -16,9 +16,9 @@
 find_package(GTest REQUIRED)
 
 add_executable(host_platform_test
-    ${CMAKE_CURRENT_LIST_DIR}/host_platform_test.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/host_car_service_test.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/host_hilog_test.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/host_task_queue_test.cpp
 )
 target_include_directories(host_platform_test PRIVATE ${CMAKE_CURRENT_LIST_DIR}/../../host/src)
-target_link_libraries(host_platform_test PRIVATE ohos_host carsynapse_client GTest::gtest_main)
+target_link_libraries(host_platform_test PRIVATE ohos_host GTest::gtest_main)
 add_test(NAME host_platform_test COMMAND host_platform_test)

@@ -59,13 +59,6 @@ function texts(level) {
   return moduleLines(level).map((line) => line.text);
 }
 
-// Runs fn and returns the lines it logged.
-async function linesDuring(fn) {
-  host.hilog.clear();
-  await fn();
-  return moduleLines();
-}
-
 function delay(ms) {
   return new Promise((resolve) => setTimeout(resolve, ms));
 }
@@ -101,7 +94,6 @@ module.exports = {
   resetHost,
   moduleLines,
   texts,
-  linesDuring,
   delay,
   until,
   completedRegistrations,
