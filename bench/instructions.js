@@ -15,7 +15,7 @@
 
 'use strict';
 
-// Instructions per call and per event, module and floor, counted by callgrind with fixed V8 seeds so that runs
+// Instructions per call and per event, module and floor, counted by callgrind with V8's randomness fixed so that runs
 // repeat. Run plainly, it starts itself under valgrind and prints the counts as JSON on stdout; under valgrind
 // (--counting) it runs the measured windows, each closed by the floor addon's instruction mark.
 const fs = require('node:fs');
@@ -30,7 +30,7 @@ const LOG_MODES = [
   { name: 'log off', capacity: 0 },
   { name: 'log kept', capacity: host.hilog.capacity() },
 ];
-const V8_SEEDS = ['--random-seed=20260101', '--hash-seed=20260101', '--single-threaded'];
+const V8_FIXED_RANDOMNESS = ['--random_seed=20260101', '--hash_seed=20260101', '--single-threaded'];
 const outputDir = path.join(__dirname, '..', 'build', 'bench', 'callgrind');
 
 async function countWindows() {
@@ -106,7 +106,7 @@ function countUnderCallgrind() {
       '--tool=callgrind',
       `--callgrind-out-file=${path.join(outputDir, 'callgrind.out.%p')}`,
       process.execPath,
-      ...V8_SEEDS,
+      ...V8_FIXED_RANDOMNESS,
       __filename,
       '--counting',
     ],

@@ -163,7 +163,7 @@ private:
 };
 
 // One conversion's flags, width and precision, as printf reads them.
-struct Spec {
+struct ConversionFormat {
     char flags[8] = {0};
     size_t flagCount = 0;
     int width = -1;
@@ -179,7 +179,7 @@ struct Spec {
         return std::memchr(flags, '-', flagCount) != nullptr;
     }
 
-    // The printf directive for this spec with `suffix` (length modifier and conversion) at the end.
+    // The printf directive for this format with `suffix` (length modifier and conversion) at the end.
     void Directive(char *out, size_t size, const char *suffix) const
     {
         int used = std::snprintf(out, size, "%%%.*s", static_cast<int>(flagCount), flags);
@@ -193,12 +193,13 @@ struct Spec {
     }
 };
 
-// Appends `value` formatted by printf with `spec` and `suffix`, through a stack buffer, once unless the result is
+// Appends `value` formatted by printf with `format` and `suffix`, through a stack buffer, once unless the result is
 // longer than the buffer.
-template <typename Value> void AppendPrintf(MessageText &text, const Spec &spec, const char *suffix, Value value)
+template <typename Value>
+void AppendPrintf(MessageText &text, const ConversionFormat &format, const char *suffix, Value value)
 {
     char directive[48];
-    spec.Directive(directive, sizeof(directive), suffix);
+    format.Directive(directive, sizeof(directive), suffix);
     char buffer[128];
     int size = std::snprintf(buffer, sizeof(buffer), directive, value);
     if (size <= 0) {
@@ -213,15 +214,15 @@ template <typename Value> void AppendPrintf(MessageText &text, const Spec &spec,
     text.Append(wide.data(), static_cast<size_t>(size));
 }
 
-void AppendString(MessageText &text, const Spec &spec, const char *value)
+void AppendString(MessageText &text, const ConversionFormat &format, const char *value)
 {
-    size_t length = spec.precision >= 0 ? strnlen(value, static_cast<size_t>(spec.precision)) : std::strlen(value);
-    size_t padding = spec.width > 0 && static_cast<size_t>(spec.width) > length ? spec.width - length : 0;
-    if (!spec.LeftAligned()) {
+    size_t length = format.precision >= 0 ? strnlen(value, static_cast<size_t>(format.precision)) : std::strlen(value);
+    size_t padding = format.width > 0 && static_cast<size_t>(format.width) > length ? format.width - length : 0;
+    if (!format.LeftAligned()) {
         text.Pad(padding);
     }
     text.Append(value, length);
-    if (spec.LeftAligned()) {
+    if (format.LeftAligned()) {
         text.Pad(padding);
     }
 }
@@ -321,19 +322,19 @@ std::vector<HiLogArg> ReadArgs(const char *bytes, size_t size)
 // argument, for a conversion it does not know.
 bool FormatConversion(const char *&cursor, ArgReader &reader, MessageText &text, ArgWriter &args)
 {
-    Spec spec;
-    while (*cursor != '\0' && std::strchr("-+ #0", *cursor) != nullptr && spec.flagCount < sizeof(spec.flags)) {
-        spec.flags[spec.flagCount++] = *cursor++;
+    ConversionFormat format;
+    while (*cursor != '\0' && std::strchr("-+ #0", *cursor) != nullptr && format.flagCount < sizeof(format.flags)) {
+        format.flags[format.flagCount++] = *cursor++;
     }
     // As printf reads them: a negative width from `*` means left alignment, a negative precision none at all.
     std::optional<int> width = ReadCount(cursor, reader);
-    if (width && *width < 0 && spec.flagCount < sizeof(spec.flags)) {
-        spec.flags[spec.flagCount++] = '-';
+    if (width && *width < 0 && format.flagCount < sizeof(format.flags)) {
+        format.flags[format.flagCount++] = '-';
     }
-    spec.width = width ? std::abs(*width) : -1;
+    format.width = width ? std::abs(*width) : -1;
     if (*cursor == '.') {
         ++cursor;
-        spec.precision = std::max(ReadCount(cursor, reader).value_or(0), -1);
+        format.precision = std::max(ReadCount(cursor, reader).value_or(0), -1);
     }
     Length length = ReadLength(cursor);
     char conversion = *cursor;
@@ -342,14 +343,14 @@ bool FormatConversion(const char *&cursor, ArgReader &reader, MessageText &text,
     case 'i': {
         int64_t value = ReadSigned(reader, length);
         args.AddSigned(value);
-        spec.Plain() ? AppendInteger(text, value, 10, false)
-                     : AppendPrintf(text, spec, "lld", static_cast<long long>(value));
+        format.Plain() ? AppendInteger(text, value, 10, false)
+                       : AppendPrintf(text, format, "lld", static_cast<long long>(value));
         break;
     }
     case 'c': {
         int64_t value = ReadSigned(reader, length);
         args.AddSigned(value);
-        AppendPrintf(text, spec, "c", static_cast<int>(value));
+        AppendPrintf(text, format, "c", static_cast<int>(value));
         break;
     }
     case 'u':
@@ -360,20 +361,21 @@ bool FormatConversion(const char *&cursor, ArgReader &reader, MessageText &text,
         args.Add('u', value);
         const char suffix[] = {'l', 'l', conversion, '\0'};
         int base = conversion == 'u' ? 10 : conversion == 'o' ? 8 : 16;
-        spec.Plain() ? AppendInteger(text, value, base, conversion == 'X') : AppendPrintf(text, spec, suffix, value);
+        format.Plain() ? AppendInteger(text, value, base, conversion == 'X')
+                       : AppendPrintf(text, format, suffix, value);
         break;
     }
     case 'p': {
         void *value = va_arg(reader.list, void *);
         args.Add('u', static_cast<uint64_t>(reinterpret_cast<uintptr_t>(value)));
-        AppendPrintf(text, spec, "p", value);
+        AppendPrintf(text, format, "p", value);
         break;
     }
     case 's': {
         const char *value = va_arg(reader.list, const char *);
         value = value != nullptr ? value : "(null)";
         args.AddString(value);
-        AppendString(text, spec, value);
+        AppendString(text, format, value);
         break;
     }
     case 'f':
@@ -388,7 +390,7 @@ bool FormatConversion(const char *&cursor, ArgReader &reader, MessageText &text,
                                                      : va_arg(reader.list, double);
         args.AddDouble(value);
         const char suffix[] = {conversion, '\0'};
-        AppendPrintf(text, spec, suffix, value);
+        AppendPrintf(text, format, suffix, value);
         break;
     }
     default:
