@@ -197,26 +197,26 @@ void Service::Reset()
     listener_.reset();
 }
 
-bool Service::SetResult(std::string_view member, int code)
+template <typename Value>
+bool Service::SetForMember(std::string_view member, std::array<Value, MEMBERS.size()> &column, Value value)
 {
     std::optional<size_t> row = FindMember(member);
     if (!row) {
         return false;
     }
     std::lock_guard<std::mutex> lock(mutex_);
-    results_[*row] = code;
+    column[*row] = value;
     return true;
+}
+
+bool Service::SetResult(std::string_view member, int code)
+{
+    return SetForMember(member, results_, code);
 }
 
 bool Service::SetDelay(std::string_view member, std::chrono::milliseconds delay)
 {
-    std::optional<size_t> row = FindMember(member);
-    if (!row) {
-        return false;
-    }
-    std::lock_guard<std::mutex> lock(mutex_);
-    delays_[*row] = delay;
-    return true;
+    return SetForMember(member, delays_, delay);
 }
 
 bool Service::SetReaction(std::string_view member, std::optional<Reaction> reaction)

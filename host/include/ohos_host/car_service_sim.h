@@ -167,6 +167,10 @@ private:
     std::mutex mutex_;
     std::vector<Call> calls_;
     bool recording_ = true;
+    // The setting of one member's row in one column, under the lock; false for a name no member has.
+    template <typename Value>
+    bool SetForMember(std::string_view member, std::array<Value, MEMBERS.size()> &column, Value value);
+
     std::array<int, MEMBERS.size()> results_{};
     std::array<std::chrono::milliseconds, MEMBERS.size()> delays_{};
     std::array<std::optional<Reaction>, MEMBERS.size()> reactions_{};
