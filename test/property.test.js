@@ -20,7 +20,7 @@
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const fc = require('fast-check');
-const { host, rovanta, METHODS, resetHost, delay } = require('./support/rovanta');
+const { host, rovanta, METHODS, resetHost, delay, until } = require('./support/rovanta');
 
 const RUNS_PER_METHOD = Number(process.env.ROVANTA_PROPERTY_RUNS || 150);
 const SETTLE_TIMEOUT_MS = 3000;
@@ -79,18 +79,6 @@ function describeArgs(args) {
   return args.map(describeValue).join(', ');
 }
 
-async function settle(promise) {
-  let timer;
-  const timeout = new Promise((_, reject) => {
-    timer = setTimeout(() => reject(new Error('promise never settled')), SETTLE_TIMEOUT_MS);
-  });
-  try {
-    return await Promise.race([promise, timeout]);
-  } finally {
-    clearTimeout(timer);
-  }
-}
-
 async function checkServiceCall(adapter, method, list) {
   const { args, callbacks } = materialise(list);
   let returned;
@@ -101,13 +89,14 @@ async function checkServiceCall(adapter, method, list) {
     return;
   }
   if (returned instanceof Promise) {
-    const value = await settle(returned);
+    const value = await host.within(returned, `the promise of ${method}(${describeArgs(args)})`, SETTLE_TIMEOUT_MS);
     assert.equal(typeof value, method === 'getDeviceInfo' ? 'string' : 'number');
     return;
   }
   assert.equal(returned, undefined, `${method}(${describeArgs(args)}) returned ${String(returned)}`);
-  const deadline = Date.now() + SETTLE_TIMEOUT_MS;
-  while (callbacks.every((cb) => cb.calls.length === 0) && Date.now() < deadline) await delay(1);
+  const what = `a callback of ${method}(${describeArgs(args)})`;
+  await until(() => callbacks.some((cb) => cb.calls.length > 0), what, SETTLE_TIMEOUT_MS);
+  // A second call from the same completion would come on the same turn.
   await delay(2);
   const called = callbacks.filter((cb) => cb.calls.length > 0);
   assert.equal(called.length, 1, `${method}(${describeArgs(args)}): one callback must run`);

@@ -21,7 +21,7 @@
 import { fileURLToPath, pathToFileURL } from 'node:url';
 import path from 'node:path';
 
-const repoRoot = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../..');
+const repoRoot = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '..');
 const hostIndexUrl = pathToFileURL(path.join(repoRoot, 'host', 'index.js')).href;
 const frameworkUrl = pathToFileURL(path.join(repoRoot, 'node_modules', '@ohos', 'hypium')).href + '/';
 const suitesUrl = pathToFileURL(path.join(repoRoot, 'test', 'unittest', 'js')).href + '/';

@@ -18,14 +18,14 @@
 // suites with the platform's framework, as the device's test ability does, and
 // reports through a stand-in of the ability delegator.
 //
-// Usage: node test/support/hypium-runner.mjs [LIST_FILE]
+// Usage: node host/hypium-runner.mjs [LIST_FILE]
 //   LIST_FILE exports the package's testsuite() (default test/unittest/js/List.test.js).
 // Prints one line per case and the summary; exits 1 unless every case passed.
 import { register } from 'node:module';
 import path from 'node:path';
 import { fileURLToPath, pathToFileURL } from 'node:url';
 
-const repoRoot = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../..');
+const repoRoot = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '..');
 const listFile = path.resolve(process.argv[2] ?? path.join(repoRoot, 'test/unittest/js/List.test.js'));
 
 register('./hypium-hooks.mjs', import.meta.url);
