@@ -64,12 +64,8 @@ test.describe('HiLog', () => {
       const host = require(${JSON.stringify(require.resolve('../host'))});
       const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
       adapter.registerConnectListener('echo', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
-      const deadline = Date.now() + 10000;
-      (function poll() {
-        if (host.hilog.lines().some((line) => line.text === 'InitCallback# InitCallback success')) return;
-        if (Date.now() > deadline) throw new Error('timed out waiting for the registration line');
-        setTimeout(poll, 5);
-      })();`;
+      host.waitUntil(() => host.hilog.lines().some((line) => line.text === 'InitCallback# InitCallback success'),
+        'the registration line', 10000);`;
     const child = spawnSync(process.execPath, ['-e', script], {
       env: { ...process.env, HILOG_STDERR: '1' },
       encoding: 'utf8',

@@ -286,15 +286,18 @@ test.describe('results', () => {
     assert.deepEqual(callLines.slice(-2), ['ParseNoItem# no parse.', 'NapiCreateResult# create number result']);
   });
 
-  // A call made on the script thread would return only after the service answered, its promise already settled.
-  test('the service call runs off the script thread, which runs on while the service holds it', async () => {
-    host.carService.setDelay('StopBindTarget', 1000);
+  // A call made on the script thread would return only after the service answered, its promise already settled;
+  // one made under a lock that the held call keeps would wait for it.
+  test('the service call runs off the script thread, and a held call holds up no other call', async () => {
+    host.carService.setDelay('StopBindTarget', 2000);
     let settled = false;
     const pending = adapter.unbindTarget(1).finally(() => {
       settled = true;
     });
     await host.carService.waitForCalls('StopBindTarget', 1);
     assert.equal(settled, false, 'the script thread runs on while the service holds the call');
+    assert.equal(await adapter.castOperation(2), 0);
+    assert.equal(settled, false, 'another call completes while the service holds the first');
     assert.equal(await host.within(pending, 'the held call to settle', 10000), 0);
   });
 
