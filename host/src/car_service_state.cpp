@@ -148,21 +148,23 @@ Service &Service::Get()
     return *service;
 }
 
-int Service::Serve(std::string_view member, std::vector<CallArg> args, const Settle &settle)
+int Service::Serve(std::string_view member, const RecordedArgs &args, const Settle &settle)
 {
     size_t row = MemberRow(member);
-    std::chrono::milliseconds delay;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (recording_) {
-            calls_.push_back({std::string(member), std::move(args)});
-        }
-        delay = delays_[row];
+    // A call racing SetRecording or Reset is recorded or not, as if it came before or after them; either way with
+    // its own arguments.
+    bool recording = recording_.load();
+    std::vector<CallArg> recordedArgs = recording && args ? args() : std::vector<CallArg>{};
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (recording) {
+        calls_.push_back({std::string(member), std::move(recordedArgs)});
     }
-    if (delay.count() > 0) {
+    // A call without delay is recorded and settled under one hold of the lock; a delayed one sleeps unlocked.
+    if (std::chrono::milliseconds delay = delays_[row]; delay.count() > 0) {
+        lock.unlock();
         std::this_thread::sleep_for(delay);
+        lock.lock();
     }
-    std::lock_guard<std::mutex> lock(mutex_);
     int result = results_[row];
     std::optional<Reaction> &reaction = reactions_[row];
     if (reaction) {
@@ -189,7 +191,7 @@ void Service::Reset()
         emissionDone_.wait(lock, [this] { return !emitting_; });
     }
     calls_.clear();
-    recording_ = true;
+    recording_.store(true);
     results_.fill(0);
     delays_.fill(std::chrono::milliseconds(0));
     registrationFailures_ = 0;
@@ -244,8 +246,7 @@ void Service::SetDeviceInfo(const std::string &info)
 
 void Service::SetRecording(bool enabled)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    recording_ = enabled;
+    recording_.store(enabled);
 }
 
 std::vector<Call> Service::Calls()
