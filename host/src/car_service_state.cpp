@@ -157,7 +157,7 @@ int Service::Serve(std::string_view member, const RecordedArgs &args, const Sett
     std::vector<CallArg> recordedArgs = recording && args ? args() : std::vector<CallArg>{};
     std::unique_lock<std::mutex> lock(mutex_);
     if (recording) {
-        calls_.push_back({std::string(member), std::move(recordedArgs)});
+        calls_.push_back({row, std::move(recordedArgs)});
     }
     // A call without delay is recorded and settled under one hold of the lock; a delayed one sleeps unlocked.
     if (std::chrono::milliseconds delay = delays_[row]; delay.count() > 0) {
@@ -252,7 +252,12 @@ void Service::SetRecording(bool enabled)
 std::vector<Call> Service::Calls()
 {
     std::lock_guard<std::mutex> lock(mutex_);
-    return calls_;
+    std::vector<Call> calls;
+    calls.reserve(calls_.size());
+    for (const RecordedCall &call : calls_) {
+        calls.push_back({std::string(MEMBERS[call.member]), call.args});
+    }
+    return calls;
 }
 
 void Service::ClearCalls()
@@ -263,12 +268,13 @@ void Service::ClearCalls()
 
 std::optional<size_t> Service::CountCalls(std::string_view member)
 {
-    if (!FindMember(member)) {
+    std::optional<size_t> row = FindMember(member);
+    if (!row) {
         return std::nullopt;
     }
     std::lock_guard<std::mutex> lock(mutex_);
     return static_cast<size_t>(
-        std::count_if(calls_.begin(), calls_.end(), [member](const Call &call) { return call.member == member; }));
+        std::count_if(calls_.begin(), calls_.end(), [&row](const RecordedCall &call) { return call.member == *row; }));
 }
 
 std::optional<EventListener> Service::Listener()

@@ -168,7 +168,12 @@ private:
     void EmitLoop();
 
     std::mutex mutex_;
-    std::vector<Call> calls_;
+    // A call as recorded: its member's row rather than its name, so that recording copies no name under the lock.
+    struct RecordedCall {
+        size_t member;
+        std::vector<CallArg> args;
+    };
+    std::vector<RecordedCall> calls_;
     // Read by Serve without the lock, so that a call builds its recorded arguments before taking it.
     std::atomic<bool> recording_{true};
     // The setting of one member's row in one column, under the lock; false for a name no member has.
