@@ -21,8 +21,10 @@
 //
 // What makes a count repeat: every path runs on both targets in both log modes before the first counted window,
 // so that no window pays for V8 compiling the loop that drives it; a full collection before each window starts
-// it with an empty young generation, so that the scavenges inside a window are those of its own allocations; and
-// each window is counted REPEATS times, in turn with the others, and reported as the median with its spread.
+// it with an empty young generation, so that the scavenges inside a window are those of its own allocations;
+// valgrind's fair scheduling hands its one running slot to the threads in turn, so that the interleaving of the
+// service, worker and main threads varies less from run to run; and each window is counted REPEATS times, in
+// turn with the others, and reported as the median with its spread.
 const fs = require('node:fs');
 const path = require('node:path');
 const { spawnSync } = require('node:child_process');
@@ -31,7 +33,7 @@ const { setUp, PATHS } = require('./workloads');
 
 const MEASURED = { 'call, one at a time': 3000, 'event, 1 service thread': 5000 };
 const WARM_UP = 3000;
-const REPEATS = 3;
+const REPEATS = 5;
 const LOG_MODES = [
   { name: 'log off', capacity: 0 },
   { name: 'log kept', capacity: host.hilog.capacity() },
@@ -137,6 +139,8 @@ function countUnderCallgrind() {
       // Each dump names every function it counts, so that callgrind_annotate reads it on its own.
       '--compress-strings=no',
       '--compress-pos=no',
+      // The threads take the one running slot in turn rather than as the kernel wakes them.
+      '--fair-sched=yes',
       `--callgrind-out-file=${path.join(outputDir, 'callgrind.out.%p')}`,
       process.execPath,
       ...V8_FIXED_RANDOMNESS,
