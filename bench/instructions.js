@@ -30,6 +30,7 @@ const path = require('node:path');
 const { spawnSync } = require('node:child_process');
 const host = require('../host');
 const { setUp, PATHS } = require('./workloads');
+const { median, summary } = require('./statistics');
 
 const MEASURED = { 'call, one at a time': 3000, 'event, 1 service thread': 5000 };
 const WARM_UP = 3000;
@@ -80,16 +81,6 @@ function hilogInstructions(file) {
   const annotated = spawnSync('callgrind_annotate', ['--inclusive=yes', '--threshold=100', file], { encoding: 'utf8' });
   const line = annotated.stdout.split('\n').find((entry) => /[:\s]HiLogPrint \[/.test(entry));
   return line ? Number(line.trim().split(/\s+/)[0].replace(/,/g, '')) : 0;
-}
-
-function median(values) {
-  const sorted = [...values].sort((a, b) => a - b);
-  const middle = sorted.length >> 1;
-  return sorted.length % 2 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
-}
-
-function summary(values) {
-  return { median: median(values), min: Math.min(...values), max: Math.max(...values) };
 }
 
 // Each dump holds the instructions since the previous one and names its window in the trigger line; the counted

@@ -28,6 +28,7 @@ const vm = require('node:vm');
 const { spawnSync } = require('node:child_process');
 const host = require('../host');
 const { within, setUp, PATHS, isEventPath } = require('./workloads');
+const { summary } = require('./statistics');
 
 const COUNTS = { call: 20000, event: 100000 };
 const MEMORY_COUNT = 200000;
@@ -43,16 +44,6 @@ const outputDir = path.join(__dirname, '..', 'build', 'bench');
 function option(name, fallback) {
   const index = process.argv.indexOf(name);
   return index < 0 ? fallback : Number(process.argv[index + 1]);
-}
-
-function median(values) {
-  const sorted = [...values].sort((a, b) => a - b);
-  const middle = sorted.length >> 1;
-  return sorted.length % 2 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
-}
-
-function summary(values) {
-  return { median: median(values), min: Math.min(...values), max: Math.max(...values) };
 }
 
 async function seconds(work) {
