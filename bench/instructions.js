@@ -18,36 +18,59 @@
 // Instructions per call and per event, module and floor, counted by callgrind with V8's randomness fixed so that runs
 // repeat. Run plainly, it starts itself under valgrind and prints the counts as JSON on stdout; under valgrind
 // (--counting) it runs the measured windows, each closed by the floor addon's instruction mark.
+//
+// What makes a count repeat: every path runs on both targets in both log modes before the first counted window,
+// so that no window pays for V8 compiling the loop that drives it; a full collection before each window starts
+// it with an empty young generation, so that the scavenges inside a window are those of its own allocations;
+// valgrind's fair scheduling hands its one running slot to the threads in turn, so that the interleaving of the
+// service, worker and main threads varies less from run to run; and each window is counted REPEATS times, in
+// turn with the others, and reported as the median with its spread.
 const fs = require('node:fs');
 const path = require('node:path');
 const { spawnSync } = require('node:child_process');
 const host = require('../host');
 const { setUp, PATHS } = require('./workloads');
+const { median, summary } = require('./statistics');
 
 const MEASURED = { 'call, one at a time': 3000, 'event, 1 service thread': 5000 };
 const WARM_UP = 3000;
+const REPEATS = 5;
 const LOG_MODES = [
   { name: 'log off', capacity: 0 },
   { name: 'log kept', capacity: host.hilog.capacity() },
 ];
+const TARGETS = ['floor', 'module'];
 const V8_FIXED_RANDOMNESS = ['--random_seed=20260101', '--hash_seed=20260101', '--single-threaded'];
 const outputDir = path.join(__dirname, '..', 'build', 'bench', 'callgrind');
+
+async function warmUp(targets) {
+  for (const mode of LOG_MODES) {
+    host.hilog.setCapacity(mode.capacity);
+    for (const name of Object.keys(MEASURED)) {
+      for (const targetName of TARGETS) await PATHS[name](targets[targetName], WARM_UP);
+    }
+  }
+}
 
 async function countWindows() {
   const { floor, targets } = await setUp();
   if (!floor.instructionMark('start')) throw new Error('not counting: run under callgrind, floor built with valgrind/callgrind.h');
-  for (const mode of LOG_MODES) {
-    host.hilog.setCapacity(mode.capacity);
-    for (const [name, count] of Object.entries(MEASURED)) {
-      for (const targetName of ['floor', 'module']) {
-        await PATHS[name](targets[targetName], WARM_UP);
-        host.hilog.clear();
-        host.carService.clearCalls();
-        floor.instructionMark('setup');
-        await PATHS[name](targets[targetName], count);
-        floor.instructionMark(JSON.stringify({ target: targetName, path: name, log: mode.name, count }));
-        const lines = host.hilog.capacity() === 0 ? 0 : host.hilog.lines().length;
-        console.log(JSON.stringify({ target: targetName, path: name, log: mode.name, lines }));
+  await warmUp(targets);
+  for (let repeat = 0; repeat < REPEATS; repeat++) {
+    for (const mode of LOG_MODES) {
+      host.hilog.setCapacity(mode.capacity);
+      for (const [name, count] of Object.entries(MEASURED)) {
+        for (const targetName of TARGETS) {
+          host.hilog.clear();
+          host.carService.clearCalls();
+          global.gc();
+          floor.instructionMark('setup');
+          await PATHS[name](targets[targetName], count);
+          const window = { target: targetName, path: name, log: mode.name, count, repeat };
+          floor.instructionMark(JSON.stringify(window));
+          const lines = host.hilog.capacity() === 0 ? 0 : host.hilog.lines().length;
+          console.log(JSON.stringify({ ...window, lines }));
+        }
       }
     }
   }
@@ -74,22 +97,22 @@ function readWindows(lineCounts) {
   const rows = [];
   for (const mode of LOG_MODES) {
     for (const name of Object.keys(MEASURED)) {
-      const windowOf = (target) => {
-        const window = windows.find((entry) => entry.target === target && entry.path === name && entry.log === mode.name);
-        if (!window) throw new Error(`no callgrind dump for ${target}, ${name}, ${mode.name}`);
-        return window;
+      const windowsOf = (target) => {
+        const found = windows.filter((entry) => entry.target === target && entry.path === name && entry.log === mode.name);
+        if (found.length !== REPEATS) throw new Error(`${found.length} of ${REPEATS} callgrind dumps for ${target}, ${name}, ${mode.name}`);
+        return found;
       };
-      const moduleWindow = windowOf('module');
-      const row = {
-        path: name,
-        log: mode.name,
-        module: moduleWindow.instructions / moduleWindow.count,
-        floor: windowOf('floor').instructions / moduleWindow.count,
-      };
-      const kept = lineCounts.find((entry) => entry.target === 'module' && entry.path === name && entry.log === mode.name);
-      if (kept.lines > 0) {
-        row.linesPerOperation = kept.lines / moduleWindow.count;
-        row.perKeptLine = hilogInstructions(moduleWindow.file) / kept.lines;
+      const perOperation = (target) => summary(windowsOf(target).map((window) => window.instructions / window.count));
+      const module = perOperation('module');
+      const floor = perOperation('floor');
+      const row = { path: name, log: mode.name, module: module.median, floor: floor.median, moduleSpread: module, floorSpread: floor };
+      const kept = windowsOf('module').map((window) => {
+        const printed = lineCounts.find((entry) => ['target', 'path', 'log', 'repeat'].every((key) => entry[key] === window[key]));
+        return { window, lines: printed.lines };
+      });
+      if (kept[0].lines > 0) {
+        row.linesPerOperation = kept[0].lines / kept[0].window.count;
+        row.perKeptLine = median(kept.map(({ window, lines }) => hilogInstructions(window.file) / lines));
       }
       rows.push(row);
     }
@@ -104,9 +127,15 @@ function countUnderCallgrind() {
     'valgrind',
     [
       '--tool=callgrind',
+      // Each dump names every function it counts, so that callgrind_annotate reads it on its own.
+      '--compress-strings=no',
+      '--compress-pos=no',
+      // The threads take the one running slot in turn rather than as the kernel wakes them.
+      '--fair-sched=yes',
       `--callgrind-out-file=${path.join(outputDir, 'callgrind.out.%p')}`,
       process.execPath,
       ...V8_FIXED_RANDOMNESS,
+      '--expose-gc',
       __filename,
       '--counting',
     ],

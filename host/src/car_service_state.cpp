@@ -148,21 +148,23 @@ Service &Service::Get()
     return *service;
 }
 
-int Service::Serve(std::string_view member, std::vector<CallArg> args, const Settle &settle)
+int Service::Serve(std::string_view member, const RecordedArgs &args, const Settle &settle)
 {
     size_t row = MemberRow(member);
-    std::chrono::milliseconds delay;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (recording_) {
-            calls_.push_back({std::string(member), std::move(args)});
-        }
-        delay = delays_[row];
+    // A call racing SetRecording or Reset is recorded or not, as if it came before or after them; either way with
+    // its own arguments.
+    bool recording = recording_.load();
+    std::vector<CallArg> recordedArgs = recording && args ? args() : std::vector<CallArg>{};
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (recording) {
+        calls_.push_back({row, std::move(recordedArgs)});
     }
-    if (delay.count() > 0) {
+    // A call without delay is recorded and settled under one hold of the lock; a delayed one sleeps unlocked.
+    if (std::chrono::milliseconds delay = delays_[row]; delay.count() > 0) {
+        lock.unlock();
         std::this_thread::sleep_for(delay);
+        lock.lock();
     }
-    std::lock_guard<std::mutex> lock(mutex_);
     int result = results_[row];
     std::optional<Reaction> &reaction = reactions_[row];
     if (reaction) {
@@ -189,7 +191,7 @@ void Service::Reset()
         emissionDone_.wait(lock, [this] { return !emitting_; });
     }
     calls_.clear();
-    recording_ = true;
+    recording_.store(true);
     results_.fill(0);
     delays_.fill(std::chrono::milliseconds(0));
     registrationFailures_ = 0;
@@ -244,14 +246,18 @@ void Service::SetDeviceInfo(const std::string &info)
 
 void Service::SetRecording(bool enabled)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    recording_ = enabled;
+    recording_.store(enabled);
 }
 
 std::vector<Call> Service::Calls()
 {
     std::lock_guard<std::mutex> lock(mutex_);
-    return calls_;
+    std::vector<Call> calls;
+    calls.reserve(calls_.size());
+    for (const RecordedCall &call : calls_) {
+        calls.push_back({std::string(MEMBERS[call.member]), call.args});
+    }
+    return calls;
 }
 
 void Service::ClearCalls()
@@ -262,12 +268,13 @@ void Service::ClearCalls()
 
 std::optional<size_t> Service::CountCalls(std::string_view member)
 {
-    if (!FindMember(member)) {
+    std::optional<size_t> row = FindMember(member);
+    if (!row) {
         return std::nullopt;
     }
     std::lock_guard<std::mutex> lock(mutex_);
     return static_cast<size_t>(
-        std::count_if(calls_.begin(), calls_.end(), [member](const Call &call) { return call.member == member; }));
+        std::count_if(calls_.begin(), calls_.end(), [&row](const RecordedCall &call) { return call.member == *row; }));
 }
 
 std::optional<EventListener> Service::Listener()

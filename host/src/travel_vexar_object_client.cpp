@@ -30,9 +30,10 @@ std::map<std::string, std::string> CopyMap(const std::unordered_map<std::string,
     return {map.begin(), map.end()};
 }
 
-int Serve(std::string_view member, std::vector<CallArg> args = {}, const Service::Settle &settle = nullptr)
+// The service builds a call's recorded arguments with `args` only while it records calls.
+int Serve(std::string_view member, const Service::RecordedArgs &args = nullptr, const Service::Settle &settle = nullptr)
 {
-    return Service::Get().Serve(member, std::move(args), settle);
+    return Service::Get().Serve(member, args, settle);
 }
 } // namespace
 
@@ -53,7 +54,7 @@ sptr<TravelVexarObjectClient> TravelVexarObjectClient::GetInstance()
 // A registration that fails, through FailRegistrations or a non-zero result, keeps nothing.
 int TravelVexarObjectClient::RegisterCarConnectListener(const EventListener &listener)
 {
-    return Serve("RegisterCarConnectListener", {}, [&listener](Service &state, int result) {
+    return Serve("RegisterCarConnectListener", nullptr, [&listener](Service &state, int result) {
         if (state.TakeRegistrationFailureLocked()) {
             return -1;
         }
@@ -67,7 +68,7 @@ int TravelVexarObjectClient::RegisterCarConnectListener(const EventListener &lis
 // An unregistration with a non-zero result keeps the listener.
 int TravelVexarObjectClient::UnRegisterCarConnectListener()
 {
-    return Serve("UnRegisterCarConnectListener", {}, [](Service &state, int result) {
+    return Serve("UnRegisterCarConnectListener", nullptr, [](Service &state, int result) {
         if (result == 0) {
             state.UnregisterLocked();
         }
@@ -77,22 +78,24 @@ int TravelVexarObjectClient::UnRegisterCarConnectListener()
 
 int TravelVexarObjectClient::StartBindTarget(int bindType, std::unordered_map<std::string, std::string> &deviceInfo)
 {
-    return Serve("StartBindTarget", {int64_t{bindType}, CopyMap(deviceInfo)});
+    return Serve("StartBindTarget", [bindType, &deviceInfo] {
+        return std::vector<CallArg>{int64_t{bindType}, CopyMap(deviceInfo)};
+    });
 }
 
 int TravelVexarObjectClient::StopBindTarget(int bindType)
 {
-    return Serve("StopBindTarget", {int64_t{bindType}});
+    return Serve("StopBindTarget", [bindType] { return std::vector<CallArg>{int64_t{bindType}}; });
 }
 
 int TravelVexarObjectClient::SendControlData(int dataType, std::string &data)
 {
-    return Serve("SendControlData", {int64_t{dataType}, data});
+    return Serve("SendControlData", [dataType, &data] { return std::vector<CallArg>{int64_t{dataType}, data}; });
 }
 
 int TravelVexarObjectClient::StartSurfaceTransfer(const std::unordered_map<std::string, std::string> &surfaceInfo)
 {
-    return Serve("StartSurfaceTransfer", {CopyMap(surfaceInfo)});
+    return Serve("StartSurfaceTransfer", [&surfaceInfo] { return std::vector<CallArg>{CopyMap(surfaceInfo)}; });
 }
 
 int TravelVexarObjectClient::StopSurfaceTransfer()
@@ -102,7 +105,7 @@ int TravelVexarObjectClient::StopSurfaceTransfer()
 
 int TravelVexarObjectClient::CastOperation(int operation)
 {
-    return Serve("CastOperation", {int64_t{operation}});
+    return Serve("CastOperation", [operation] { return std::vector<CallArg>{int64_t{operation}}; });
 }
 
 int TravelVexarObjectClient::DisconnectDevice()
@@ -113,15 +116,19 @@ int TravelVexarObjectClient::DisconnectDevice()
 // The device information is written whatever the result.
 int TravelVexarObjectClient::GetDeviceInfo(DeviceInfoType type, std::string &deviceInfo)
 {
-    return Serve("GetDeviceInfo", {static_cast<int64_t>(type)}, [&deviceInfo](Service &state, int result) {
-        deviceInfo = state.DeviceInfoLocked();
-        return result;
-    });
+    return Serve(
+        "GetDeviceInfo", [type] { return std::vector<CallArg>{static_cast<int64_t>(type)}; },
+        [&deviceInfo](Service &state, int result) {
+            deviceInfo = state.DeviceInfoLocked();
+            return result;
+        });
 }
 
 int TravelVexarObjectClient::SendEventTo(const EventType &eventType, std::string &data)
 {
-    return Serve("SendEventTo", {static_cast<int64_t>(eventType), data});
+    return Serve("SendEventTo", [&eventType, &data] {
+        return std::vector<CallArg>{static_cast<int64_t>(eventType), data};
+    });
 }
 } // namespace TravelService
 } // namespace OHOS

@@ -17,6 +17,7 @@
 #define HOST_INCLUDE_OHOS_HOST_CAR_SERVICE_SIM_H
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -110,12 +111,14 @@ public:
     // far and gives back what it returns.
     using Settle = std::function<int(Service &service, int result)>;
 
-    static Service &Get();
+    // Builds the arguments of a call for the record; called only while calls are recorded.
+    using RecordedArgs = std::function<std::vector<CallArg>()>;
 
-    // Records the call of `member` (a row of MEMBERS), sleeps its delay, then settles it: the result is the
-    // member's reaction's result or the configured result, passed through `settle` if given. The reaction's
-    // emissions are scheduled as the call returns.
-    int Serve(std::string_view member, std::vector<CallArg> args, const Settle &settle = nullptr);
+    static Service &Get();
+    // Records the call of `member` (a row of MEMBERS) with the arguments `args` builds (none when empty), sleeps
+    // its delay, then settles it: the result is the member's reaction's result or the configured result, passed
+    // through `settle` if given. The reaction's emissions are scheduled as the call returns.
+    int Serve(std::string_view member, const RecordedArgs &args, const Settle &settle = nullptr);
 
     // Forgets calls, results, delays, pending failures, reactions and the registered record, stops every timeline
     // (waiting for a callback being emitted to return), turns recording back on; device information back to "".
@@ -165,8 +168,14 @@ private:
     void EmitLoop();
 
     std::mutex mutex_;
-    std::vector<Call> calls_;
-    bool recording_ = true;
+    // A call as recorded: its member's row rather than its name, so that recording copies no name under the lock.
+    struct RecordedCall {
+        size_t member;
+        std::vector<CallArg> args;
+    };
+    std::vector<RecordedCall> calls_;
+    // Read by Serve without the lock, so that a call builds its recorded arguments before taking it.
+    std::atomic<bool> recording_{true};
     // The setting of one member's row in one column, under the lock; false for a name no member has.
     template <typename Value>
     bool SetForMember(std::string_view member, std::array<Value, MEMBERS.size()> &column, Value value);

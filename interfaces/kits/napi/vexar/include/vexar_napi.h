@@ -16,6 +16,7 @@
 #ifndef INTERFACES_KITS_NAPI_VEXAR_INCLUDE_VEXAR_NAPI_H
 #define INTERFACES_KITS_NAPI_VEXAR_INCLUDE_VEXAR_NAPI_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
@@ -80,15 +81,16 @@ enum ResultType : int32_t {
 
 // One row per service operation: its script method, the wrapper that enters the gate and the member the gate
 // calls, its operation name (the key of the call frame's tables and the resource name of its work), the call
-// frame bound to its record type, parser and execute step, its operation code, the parameters it declares before
-// the optional callback and the fewest it accepts in promise form, and the kind of result it delivers. The class's
-// method table, the gate's dispatch table and the call frame's three tables are built from these rows.
+// frame bound to its record type, parser and execute step (given the row's index), its operation code, the parameters
+// it declares before the optional callback and the fewest it accepts in promise form, and the kind of result it
+// delivers. The class's method table, the gate's dispatch table and the call frame's three tables are built from these
+// rows.
 struct OperationRow {
     const char *scriptName;
     napi_callback wrapper;
     CarAdapterClient::HandlerFunc member;
     const char *operationName;
-    napi_value (*run)(napi_env env, napi_callback_info info, const char *operationName);
+    napi_value (*run)(napi_env env, napi_callback_info info, size_t operation);
     NapiFuncType type;
     int declaredParams;
     int minParams;

@@ -17,6 +17,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string_view>
 
 #include "napi_base_utils.h"
 #include "vexar_common_constants.h"
@@ -60,9 +61,11 @@ const CarConnectListener::NotifyEventFunc CarConnectListener::m_notifyEventFunc[
     &CarConnectListener::OnDisconnectResult,
 };
 
+// An event's members are found by a key of known length: a lookup by the bare C string would measure it again
+// at every comparison on the way down the event's tree.
 bool CreateArgNumber(napi_env env, const nlohmann::json &event, const char *key, napi_value *result)
 {
-    auto entry = event.find(key);
+    auto entry = event.find(std::string_view(key));
     if (!event.is_object() || entry == event.end() || !entry->is_number()) {
         LOGE("Cannot find or invalid %{public}s.", key);
         return false;
@@ -72,7 +75,7 @@ bool CreateArgNumber(napi_env env, const nlohmann::json &event, const char *key,
 
 bool CreateArgString(napi_env env, const nlohmann::json &event, const char *key, napi_value *result)
 {
-    auto entry = event.find(key);
+    auto entry = event.find(std::string_view(key));
     if (!event.is_object() || entry == event.end() || !entry->is_string()) {
         LOGE("Cannot find or invalid %{public}s.", key);
         return false;

@@ -15,6 +15,7 @@
 
 #include "vexar_napi.h"
 
+#include <array>
 #include <functional>
 #include <map>
 
@@ -44,6 +45,42 @@ template <typename Column> OperationTable TableOf(Column column)
 OperationTable paramNumMap = TableOf([](const OperationRow &row) { return row.declaredParams; });
 OperationTable minParamNumMap = TableOf([](const OperationRow &row) { return row.minParams; });
 OperationTable resultTypeMap = TableOf([](const OperationRow &row) { return row.resultType; });
+
+// What the three tables hold for one operation name. The tables never change once built, so the entries of each
+// operation are looked up once, at load (after the tables, defined above in this file), and every call reads the
+// entries a lookup of its name would find.
+struct OperationEntries {
+    // Whether the name is in paramNumMap and in resultTypeMap.
+    bool found = false;
+    size_t paramNum = 0;
+    // Every operation row fills all three tables; a name missing from this one would count as no minimum.
+    size_t minParamNum = 0;
+    int32_t resultType = 0;
+};
+
+OperationEntries LookUpEntries(const char *name)
+{
+    OperationEntries entries;
+    auto paramNumEntry = paramNumMap.find(name);
+    auto resultTypeEntry = resultTypeMap.find(name);
+    if (paramNumEntry == paramNumMap.end() || resultTypeEntry == resultTypeMap.end()) {
+        return entries;
+    }
+    entries.found = true;
+    entries.paramNum = static_cast<size_t>(paramNumEntry->second);
+    auto minParamNumEntry = minParamNumMap.find(name);
+    entries.minParamNum = minParamNumEntry == minParamNumMap.end() ? 0 : static_cast<size_t>(minParamNumEntry->second);
+    entries.resultType = resultTypeEntry->second;
+    return entries;
+}
+
+const std::array<OperationEntries, OPERATION_COUNT> OPERATION_ENTRIES = [] {
+    std::array<OperationEntries, OPERATION_COUNT> entries;
+    for (size_t operation = 0; operation < OPERATION_COUNT; ++operation) {
+        entries[operation] = LookUpEntries(OPERATIONS[operation].operationName);
+    }
+    return entries;
+}();
 
 // The most parameters any operation declares, plus the callback slot.
 constexpr size_t MAX_CALL_ARGC = 3;
@@ -216,19 +253,15 @@ template <typename T> void NapiCompleteFunc(napi_env env, napi_status status, vo
 }
 
 template <typename T>
-napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *name, ParseFunc<T> parser,
-                        napi_async_execute_callback execute)
+napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *name, const OperationEntries &entries,
+                        ParseFunc<T> parser, napi_async_execute_callback execute)
 {
-    auto paramNumEntry = paramNumMap.find(name);
-    auto resultTypeEntry = resultTypeMap.find(name);
-    if (paramNumEntry == paramNumMap.end() || resultTypeEntry == resultTypeMap.end()) {
+    if (!entries.found) {
         LOGE("no param of %{public}s", name);
         return NapiGetNull(env);
     }
-    size_t paramNum = static_cast<size_t>(paramNumEntry->second);
-    // Every operation row fills all three tables; a name missing from this one would count as no minimum.
-    auto minParamNumEntry = minParamNumMap.find(name);
-    size_t minParamNum = minParamNumEntry == minParamNumMap.end() ? 0 : static_cast<size_t>(minParamNumEntry->second);
+    size_t paramNum = entries.paramNum;
+    size_t minParamNum = entries.minParamNum;
     napi_value argv[MAX_CALL_ARGC] = {nullptr};
     size_t argc = paramNum + 1;
     if (napi_get_cb_info(env, info, &argc, argv, nullptr, nullptr) != napi_ok) {
@@ -243,7 +276,7 @@ napi_value HandleJsCall(napi_env &env, napi_callback_info &info, const char *nam
         FreeContext(env, context);
         return nullptr;
     }
-    context->resultType = resultTypeEntry->second;
+    context->resultType = entries.resultType;
     if (context->paramError && context->errCode != 0) {
         return SyncThrowParamError(env, context);
     }
@@ -363,15 +396,16 @@ void SendEventToExecuteFunc(napi_env, void *data)
 
 // The call frame of one operation, bound to its record type, parser and execute step.
 template <typename T, ParseFunc<T> parser, napi_async_execute_callback execute>
-napi_value RunOperation(napi_env env, napi_callback_info info, const char *operationName)
+napi_value RunOperation(napi_env env, napi_callback_info info, size_t operation)
 {
-    return HandleJsCall<T>(env, info, operationName, parser, execute);
+    return HandleJsCall<T>(env, info, OPERATIONS[operation].operationName, OPERATION_ENTRIES[operation], parser,
+                           execute);
 }
 
 napi_value EnterOperation(napi_env env, napi_callback_info info, NapiFuncType type)
 {
-    const OperationRow &row = OPERATIONS[type - START_BIND_TARGET];
-    return row.run(env, info, row.operationName);
+    size_t operation = static_cast<size_t>(type - START_BIND_TARGET);
+    return OPERATIONS[operation].run(env, info, operation);
 }
 } // namespace
 
