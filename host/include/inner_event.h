@@ -72,7 +72,11 @@ private:
 
     Callback taskCallback_;
     std::string taskName_;
-    Caller caller_;
+    // Held apart, so that an event stays a small block. Events are freed on the main thread from memory that a
+    // service thread allocated, and glibc returns a block larger than its fast bins to the arena it came from only
+    // under that arena's lock, for which the main thread would wait while the service thread allocates its next
+    // event.
+    std::unique_ptr<Caller> caller_;
     std::weak_ptr<EventHandler> owner_;
     TimePoint handleTime_;
 };

@@ -20,7 +20,8 @@
 namespace OHOS {
 namespace AppExecFwk {
 InnerEvent::InnerEvent(Callback callback, std::string name, Caller caller)
-    : taskCallback_(std::move(callback)), taskName_(std::move(name)), caller_(std::move(caller))
+    : taskCallback_(std::move(callback)), taskName_(std::move(name)),
+      caller_(std::make_unique<Caller>(std::move(caller)))
 {
 }
 
@@ -59,7 +60,7 @@ const std::string &InnerEvent::GetTaskName() const
 
 const Caller &InnerEvent::GetCaller() const
 {
-    return caller_;
+    return *caller_;
 }
 
 std::shared_ptr<EventHandler> InnerEvent::GetOwner() const
