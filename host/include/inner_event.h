@@ -46,15 +46,15 @@ public:
     using Callback = std::function<void()>;
     using Pointer = std::unique_ptr<InnerEvent, void (*)(InnerEvent *)>;
 
-    // A task event; null if `callback` is empty.
+    // A task event; null if `callback` is empty. The call-site record is taken as the platform takes it, but
+    // nothing on the host reads it back, so it is not kept: an event stays one small block.
     static Pointer Get(const Callback &callback, const std::string &name = std::string(), const Caller &caller = {});
-    // The same, taking over the callback and the call-site record instead of copying them.
-    static Pointer Get(Callback &&callback, const std::string &name = std::string(), Caller &&caller = {});
+    // The same, taking over the callback instead of copying it.
+    static Pointer Get(Callback &&callback, const std::string &name = std::string(), const Caller &caller = {});
 
     bool HasTask() const;
     const Callback &GetTaskCallback() const;
     const std::string &GetTaskName() const;
-    const Caller &GetCaller() const;
 
     // The handler that sent the event, held weakly: null once that handler is gone.
     std::shared_ptr<EventHandler> GetOwner() const;
@@ -64,19 +64,17 @@ public:
     void SetHandleTime(const TimePoint &handleTime);
 
 private:
-    InnerEvent(Callback callback, std::string name, Caller caller);
+    InnerEvent(Callback callback, std::string name);
     ~InnerEvent() = default;
     DISALLOW_COPY_AND_MOVE(InnerEvent);
 
     static void Drop(InnerEvent *event);
 
     Callback taskCallback_;
+    // Events are freed on the main thread from memory that a service thread allocated; glibc returns a block
+    // larger than its fast bins to the arena it came from only under that arena's lock, for which the main thread
+    // would wait while the service thread allocates its next event. So an event holds no more than it must.
     std::string taskName_;
-    // Held apart, so that an event stays a small block. Events are freed on the main thread from memory that a
-    // service thread allocated, and glibc returns a block larger than its fast bins to the arena it came from only
-    // under that arena's lock, for which the main thread would wait while the service thread allocates its next
-    // event.
-    std::unique_ptr<Caller> caller_;
     std::weak_ptr<EventHandler> owner_;
     TimePoint handleTime_;
 };

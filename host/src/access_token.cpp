@@ -16,6 +16,8 @@
 #include <atomic>
 #include <mutex>
 #include <set>
+#include <string>
+#include <string_view>
 
 #include "accesstoken_kit.h"
 #include "ipc_skeleton.h"
@@ -28,7 +30,7 @@ namespace Host {
 namespace {
 constexpr uint64_t SYSTEM_APP_FLAG = 1ULL << 32;
 constexpr uint32_t DEFAULT_TOKEN_ID = 0x10001;
-const char *const DEFAULT_PERMISSION = "ohos.permission.ALLOW_CONNECT_CAR";
+constexpr std::string_view DEFAULT_PERMISSION = "ohos.permission.ALLOW_CONNECT_CAR";
 
 class AccessTokenState {
 public:
@@ -52,7 +54,8 @@ public:
     {
         std::lock_guard<std::mutex> lock(mutex_);
         fullTokenId_.store(SYSTEM_APP_FLAG | DEFAULT_TOKEN_ID);
-        permissions_ = {DEFAULT_PERMISSION};
+        permissions_ = {std::string(DEFAULT_PERMISSION)};
+        defaultGranted_.store(true);
         verifyCalls_.store(0);
     }
 
@@ -60,12 +63,14 @@ public:
     {
         std::lock_guard<std::mutex> lock(mutex_);
         permissions_.insert(name);
+        defaultGranted_.store(permissions_.count(std::string(DEFAULT_PERMISSION)) != 0);
     }
 
     void Revoke(const std::string &name)
     {
         std::lock_guard<std::mutex> lock(mutex_);
         permissions_.erase(name);
+        defaultGranted_.store(permissions_.count(std::string(DEFAULT_PERMISSION)) != 0);
     }
 
     std::vector<std::string> Permissions()
@@ -77,8 +82,7 @@ public:
     int Verify(Security::AccessToken::AccessTokenID tokenId, const std::string &permission)
     {
         verifyCalls_.fetch_add(1);
-        std::lock_guard<std::mutex> lock(mutex_);
-        bool granted = tokenId != Security::AccessToken::INVALID_TOKENID && permissions_.count(permission) != 0;
+        bool granted = tokenId != Security::AccessToken::INVALID_TOKENID && IsGranted(permission);
         return granted ? Security::AccessToken::PERMISSION_GRANTED : Security::AccessToken::PERMISSION_DENIED;
     }
 
@@ -93,8 +97,20 @@ private:
         Reset();
     }
 
+    // The permission that every call of the module asks for is answered without the lock.
+    bool IsGranted(const std::string &permission)
+    {
+        if (std::string_view(permission) == DEFAULT_PERMISSION) {
+            return defaultGranted_.load();
+        }
+        std::lock_guard<std::mutex> lock(mutex_);
+        return permissions_.count(permission) != 0;
+    }
+
     std::atomic<uint64_t> fullTokenId_{0};
     std::atomic<uint64_t> verifyCalls_{0};
+    // Whether permissions_ holds DEFAULT_PERMISSION; written under the lock with every change of permissions_.
+    std::atomic<bool> defaultGranted_{false};
     std::mutex mutex_;
     std::set<std::string> permissions_;
 };

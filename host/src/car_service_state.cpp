@@ -102,14 +102,6 @@ std::string Signature(const CallbackSlot &slot)
     return signature + ")";
 }
 
-size_t MemberRow(std::string_view member)
-{
-    std::optional<size_t> row = FindMember(member);
-    if (!row) {
-        std::abort(); // the client library names a member that MEMBERS lacks
-    }
-    return *row;
-}
 } // namespace
 
 class Service::Playback {
@@ -119,15 +111,6 @@ public:
     size_t remaining;
     PlaybackOutcome outcome;
 };
-
-std::optional<size_t> FindMember(std::string_view name)
-{
-    auto found = std::find(MEMBERS.begin(), MEMBERS.end(), name);
-    if (found == MEMBERS.end()) {
-        return std::nullopt;
-    }
-    return static_cast<size_t>(found - MEMBERS.begin());
-}
 
 const std::vector<CallbackSlot> &CallbackSlots()
 {
@@ -148,12 +131,14 @@ Service &Service::Get()
     return *service;
 }
 
-int Service::Serve(std::string_view member, const RecordedArgs &args, const Settle &settle)
+int Service::Serve(size_t row, RecordedArgs args, Settle settle)
 {
-    size_t row = MemberRow(member);
     // A call racing SetRecording or Reset is recorded or not, as if it came before or after them; either way with
     // its own arguments.
     bool recording = recording_.load();
+    if (!recording && !settle && (configuredRows_.load() & (1U << row)) == 0) {
+        return 0;
+    }
     std::vector<CallArg> recordedArgs = recording && args ? args() : std::vector<CallArg>{};
     std::unique_lock<std::mutex> lock(mutex_);
     if (recording) {
@@ -194,6 +179,7 @@ void Service::Reset()
     recording_.store(true);
     results_.fill(0);
     delays_.fill(std::chrono::milliseconds(0));
+    configuredRows_.store(0);
     registrationFailures_ = 0;
     deviceInfo_.clear();
     listener_.reset();
@@ -207,7 +193,8 @@ bool Service::SetForMember(std::string_view member, std::array<Value, MEMBERS.si
         return false;
     }
     std::lock_guard<std::mutex> lock(mutex_);
-    column[*row] = value;
+    column[*row] = std::move(value);
+    configuredRows_.fetch_or(1U << *row);
     return true;
 }
 
@@ -223,13 +210,7 @@ bool Service::SetDelay(std::string_view member, std::chrono::milliseconds delay)
 
 bool Service::SetReaction(std::string_view member, std::optional<Reaction> reaction)
 {
-    std::optional<size_t> row = FindMember(member);
-    if (!row) {
-        return false;
-    }
-    std::lock_guard<std::mutex> lock(mutex_);
-    reactions_[*row] = std::move(reaction);
-    return true;
+    return SetForMember(member, reactions_, std::move(reaction));
 }
 
 void Service::FailRegistrations(uint32_t count)

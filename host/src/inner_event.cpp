@@ -19,23 +19,21 @@
 
 namespace OHOS {
 namespace AppExecFwk {
-InnerEvent::InnerEvent(Callback callback, std::string name, Caller caller)
-    : taskCallback_(std::move(callback)), taskName_(std::move(name)),
-      caller_(std::make_unique<Caller>(std::move(caller)))
+InnerEvent::InnerEvent(Callback callback, std::string name) : taskCallback_(std::move(callback)), taskName_(std::move(name))
 {
 }
 
 InnerEvent::Pointer InnerEvent::Get(const Callback &callback, const std::string &name, const Caller &caller)
 {
-    return Get(Callback(callback), name, Caller(caller));
+    return Get(Callback(callback), name, caller);
 }
 
-InnerEvent::Pointer InnerEvent::Get(Callback &&callback, const std::string &name, Caller &&caller)
+InnerEvent::Pointer InnerEvent::Get(Callback &&callback, const std::string &name, const Caller &)
 {
     if (!callback) {
         return Pointer(nullptr, nullptr);
     }
-    return Pointer(new InnerEvent(std::move(callback), name, std::move(caller)), Drop);
+    return Pointer(new InnerEvent(std::move(callback), name), Drop);
 }
 
 void InnerEvent::Drop(InnerEvent *event)
@@ -56,11 +54,6 @@ const InnerEvent::Callback &InnerEvent::GetTaskCallback() const
 const std::string &InnerEvent::GetTaskName() const
 {
     return taskName_;
-}
-
-const Caller &InnerEvent::GetCaller() const
-{
-    return *caller_;
 }
 
 std::shared_ptr<EventHandler> InnerEvent::GetOwner() const

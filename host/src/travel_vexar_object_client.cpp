@@ -16,6 +16,8 @@
 #include "travel_vexar_object_client.h"
 
 #include <map>
+#include <stdexcept>
+#include <string_view>
 
 #include "ohos_host/car_service_sim.h"
 
@@ -23,6 +25,7 @@ namespace OHOS {
 namespace TravelService {
 namespace {
 using Host::CarService::CallArg;
+using Host::CarService::FindMember;
 using Host::CarService::Service;
 
 std::map<std::string, std::string> CopyMap(const std::unordered_map<std::string, std::string> &map)
@@ -30,10 +33,17 @@ std::map<std::string, std::string> CopyMap(const std::unordered_map<std::string,
     return {map.begin(), map.end()};
 }
 
-// The service builds a call's recorded arguments with `args` only while it records calls.
-int Serve(std::string_view member, const Service::RecordedArgs &args = nullptr, const Service::Settle &settle = nullptr)
+// The row of a member named here, found as the library compiles: a name that MEMBERS lacks cannot compile.
+constexpr size_t Row(std::string_view member)
 {
-    return Service::Get().Serve(member, args, settle);
+    return FindMember(member) ? *FindMember(member) : throw std::logic_error("no client member of this name");
+}
+
+// The service builds a call's recorded arguments with `args` only while it records calls.
+template <size_t MemberRow>
+int Serve(Service::RecordedArgs args = nullptr, Service::Settle settle = nullptr)
+{
+    return Service::Get().Serve(MemberRow, args, settle);
 }
 } // namespace
 
@@ -54,7 +64,7 @@ sptr<TravelVexarObjectClient> TravelVexarObjectClient::GetInstance()
 // A registration that fails, through FailRegistrations or a non-zero result, keeps nothing.
 int TravelVexarObjectClient::RegisterCarConnectListener(const EventListener &listener)
 {
-    return Serve("RegisterCarConnectListener", nullptr, [&listener](Service &state, int result) {
+    return Serve<Row("RegisterCarConnectListener")>(nullptr, [&listener](Service &state, int result) {
         if (state.TakeRegistrationFailureLocked()) {
             return -1;
         }
@@ -68,7 +78,7 @@ int TravelVexarObjectClient::RegisterCarConnectListener(const EventListener &lis
 // An unregistration with a non-zero result keeps the listener.
 int TravelVexarObjectClient::UnRegisterCarConnectListener()
 {
-    return Serve("UnRegisterCarConnectListener", nullptr, [](Service &state, int result) {
+    return Serve<Row("UnRegisterCarConnectListener")>(nullptr, [](Service &state, int result) {
         if (result == 0) {
             state.UnregisterLocked();
         }
@@ -78,46 +88,45 @@ int TravelVexarObjectClient::UnRegisterCarConnectListener()
 
 int TravelVexarObjectClient::StartBindTarget(int bindType, std::unordered_map<std::string, std::string> &deviceInfo)
 {
-    return Serve("StartBindTarget", [bindType, &deviceInfo] {
+    return Serve<Row("StartBindTarget")>([bindType, &deviceInfo] {
         return std::vector<CallArg>{int64_t{bindType}, CopyMap(deviceInfo)};
     });
 }
 
 int TravelVexarObjectClient::StopBindTarget(int bindType)
 {
-    return Serve("StopBindTarget", [bindType] { return std::vector<CallArg>{int64_t{bindType}}; });
+    return Serve<Row("StopBindTarget")>([bindType] { return std::vector<CallArg>{int64_t{bindType}}; });
 }
 
 int TravelVexarObjectClient::SendControlData(int dataType, std::string &data)
 {
-    return Serve("SendControlData", [dataType, &data] { return std::vector<CallArg>{int64_t{dataType}, data}; });
+    return Serve<Row("SendControlData")>([dataType, &data] { return std::vector<CallArg>{int64_t{dataType}, data}; });
 }
 
 int TravelVexarObjectClient::StartSurfaceTransfer(const std::unordered_map<std::string, std::string> &surfaceInfo)
 {
-    return Serve("StartSurfaceTransfer", [&surfaceInfo] { return std::vector<CallArg>{CopyMap(surfaceInfo)}; });
+    return Serve<Row("StartSurfaceTransfer")>([&surfaceInfo] { return std::vector<CallArg>{CopyMap(surfaceInfo)}; });
 }
 
 int TravelVexarObjectClient::StopSurfaceTransfer()
 {
-    return Serve("StopSurfaceTransfer");
+    return Serve<Row("StopSurfaceTransfer")>();
 }
 
 int TravelVexarObjectClient::CastOperation(int operation)
 {
-    return Serve("CastOperation", [operation] { return std::vector<CallArg>{int64_t{operation}}; });
+    return Serve<Row("CastOperation")>([operation] { return std::vector<CallArg>{int64_t{operation}}; });
 }
 
 int TravelVexarObjectClient::DisconnectDevice()
 {
-    return Serve("DisconnectDevice");
+    return Serve<Row("DisconnectDevice")>();
 }
 
 // The device information is written whatever the result.
 int TravelVexarObjectClient::GetDeviceInfo(DeviceInfoType type, std::string &deviceInfo)
 {
-    return Serve(
-        "GetDeviceInfo", [type] { return std::vector<CallArg>{static_cast<int64_t>(type)}; },
+    return Serve<Row("GetDeviceInfo")>([type] { return std::vector<CallArg>{static_cast<int64_t>(type)}; },
         [&deviceInfo](Service &state, int result) {
             deviceInfo = state.DeviceInfoLocked();
             return result;
@@ -126,7 +135,7 @@ int TravelVexarObjectClient::GetDeviceInfo(DeviceInfoType type, std::string &dev
 
 int TravelVexarObjectClient::SendEventTo(const EventType &eventType, std::string &data)
 {
-    return Serve("SendEventTo", [&eventType, &data] {
+    return Serve<Row("SendEventTo")>([&eventType, &data] {
         return std::vector<CallArg>{static_cast<int64_t>(eventType), data};
     });
 }

@@ -22,7 +22,6 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -30,6 +29,8 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -56,7 +57,50 @@ constexpr std::array<std::string_view, 11> MEMBERS = {
 };
 
 // The row of the member named `name`, if there is one.
-std::optional<size_t> FindMember(std::string_view name);
+constexpr std::optional<size_t> FindMember(std::string_view name)
+{
+    for (size_t row = 0; row < MEMBERS.size(); ++row) {
+        if (MEMBERS[row] == name) {
+            return row;
+        }
+    }
+    return std::nullopt;
+}
+
+// A callable borrowed for the length of one call: unlike std::function it neither copies nor owns the callable,
+// so that passing one costs two pointers.
+template <typename Signature>
+class CallableRef;
+
+template <typename Result, typename... Params>
+class CallableRef<Result(Params...)> {
+public:
+    CallableRef() = default;
+    CallableRef(std::nullptr_t) {}
+    template <typename Callable,
+              typename = std::enable_if_t<!std::is_same_v<std::decay_t<Callable>, CallableRef>>>
+    CallableRef(const Callable &callable)
+        : callable_(&callable),
+          invoke_([](const void *target, Params... params) -> Result {
+              return (*static_cast<const Callable *>(target))(std::forward<Params>(params)...);
+          })
+    {
+    }
+
+    explicit operator bool() const
+    {
+        return invoke_ != nullptr;
+    }
+
+    Result operator()(Params... params) const
+    {
+        return invoke_(callable_, std::forward<Params>(params)...);
+    }
+
+private:
+    const void *callable_ = nullptr;
+    Result (*invoke_)(const void *, Params...) = nullptr;
+};
 
 // One argument of a recorded call: an int or enumeration, a string, or a string map copied at call time.
 using CallArg = std::variant<int64_t, std::string, std::map<std::string, std::string>>;
@@ -109,16 +153,16 @@ class Service {
 public:
     // Settles a call once its delay has passed, under the service lock: gets the result the member returns so
     // far and gives back what it returns.
-    using Settle = std::function<int(Service &service, int result)>;
+    using Settle = CallableRef<int(Service &service, int result)>;
 
     // Builds the arguments of a call for the record; called only while calls are recorded.
-    using RecordedArgs = std::function<std::vector<CallArg>()>;
+    using RecordedArgs = CallableRef<std::vector<CallArg>()>;
 
     static Service &Get();
-    // Records the call of `member` (a row of MEMBERS) with the arguments `args` builds (none when empty), sleeps
+    // Records the call of the member in row `member` of MEMBERS with the arguments `args` builds (none when empty), sleeps
     // its delay, then settles it: the result is the member's reaction's result or the configured result, passed
     // through `settle` if given. The reaction's emissions are scheduled as the call returns.
-    int Serve(std::string_view member, const RecordedArgs &args, const Settle &settle = nullptr);
+    int Serve(size_t member, RecordedArgs args, Settle settle = nullptr);
 
     // Forgets calls, results, delays, pending failures, reactions and the registered record, stops every timeline
     // (waiting for a callback being emitted to return), turns recording back on; device information back to "".
@@ -180,6 +224,10 @@ private:
     template <typename Value>
     bool SetForMember(std::string_view member, std::array<Value, MEMBERS.size()> &column, Value value);
 
+    // The rows given a result, delay or reaction since the last reset, one bit each: while calls are not
+    // recorded, a call of any other row without a settle step is answered 0 without the lock.
+    std::atomic<uint32_t> configuredRows_{0};
+    static_assert(MEMBERS.size() <= 32, "one bit per member row");
     std::array<int, MEMBERS.size()> results_{};
     std::array<std::chrono::milliseconds, MEMBERS.size()> delays_{};
     std::array<std::optional<Reaction>, MEMBERS.size()> reactions_{};

@@ -66,6 +66,10 @@ void ConnectListenerManager::UnSubscribeListener()
 
 void ConnectListenerManager::QueueWork(const nlohmann::json &event)
 {
+    // The task owns the one copy of the event through a shared pointer, so that the copies the platform makes of
+    // the task on its way to the main thread copy no event. The copy is made before the lock: service threads
+    // queue behind one another only for the queueing itself.
+    auto eventCopy = std::make_shared<const nlohmann::json>(event);
     std::lock_guard<std::mutex> lock(queueMutex_);
     LOGI("ConnectListenerManager QueueWork");
     if (handler_ == nullptr) {
@@ -74,11 +78,8 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
     }
     // The task holds the manager weakly: a manager replaced before its tasks run, destroyed or not yet, is never
     // reached. It is locked only on the thread of its environment, so that the last owner is never another thread.
-    // The task owns the one copy of the event through a shared pointer, so that the copies the platform makes of
-    // the task on its way to the main thread copy no event.
     std::weak_ptr<ConnectListenerManager> weakManager = weak_from_this();
     std::thread::id envThread = envThread_;
-    auto eventCopy = std::make_shared<const nlohmann::json>(event);
     auto task = [weakManager, envThread, eventCopy]() {
         if (std::this_thread::get_id() != envThread) {
             return;
