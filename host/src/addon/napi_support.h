@@ -72,6 +72,16 @@ napi_value MakeNumber(napi_env env, double number);
 napi_value MakeBool(napi_env env, bool flag);
 napi_value MakeObject(napi_env env);
 napi_value MakeArray(napi_env env, const std::vector<napi_value> &items);
+// An array of the strings in `texts` (std::string or std::u16string), in order.
+template <typename Texts>
+napi_value MakeStringArray(napi_env env, const Texts &texts)
+{
+    std::vector<napi_value> items;
+    for (const auto &text : texts) {
+        items.push_back(MakeString(env, text));
+    }
+    return MakeArray(env, items);
+}
 void SetProperty(napi_env env, napi_value object, const char *name, napi_value value);
 napi_value MakeError(napi_env env, const std::string &message);
 

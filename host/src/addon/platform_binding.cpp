@@ -75,12 +75,7 @@ napi_value PermissionRevoke(const CallArgs &args)
 
 napi_value PermissionList(const CallArgs &args)
 {
-    napi_env env = args.Env();
-    std::vector<napi_value> names;
-    for (const std::string &name : ListPermissions()) {
-        names.push_back(MakeString(env, name));
-    }
-    return MakeArray(env, names);
+    return MakeStringArray(args.Env(), ListPermissions());
 }
 
 napi_value VerifyCount(const CallArgs &args)
@@ -148,12 +143,7 @@ napi_value HiLogGetDropped(const CallArgs &args)
 
 napi_value BrokerList(const CallArgs &args)
 {
-    napi_env env = args.Env();
-    std::vector<napi_value> descriptors;
-    for (const std::u16string &descriptor : BrokerDescriptors()) {
-        descriptors.push_back(MakeString(env, descriptor));
-    }
-    return MakeArray(env, descriptors);
+    return MakeStringArray(args.Env(), BrokerDescriptors());
 }
 } // namespace
 
