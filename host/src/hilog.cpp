@@ -619,13 +619,13 @@ uint64_t HiLogDropped()
 } // namespace Host
 } // namespace OHOS
 
-namespace OHOS {
-namespace Host {
-namespace {
-// Out of line, so that a call while nothing is kept pays only for the check in HiLogPrint, not for this frame.
-[[gnu::noinline]] int KeepLine(LogType type, LogLevel level, unsigned int domain, const char *tag, const char *fmt,
-                               ArgReader &reader)
+extern "C" int HiLogPrint(LogType type, LogLevel level, unsigned int domain, const char *tag, const char *fmt, ...)
 {
+    using namespace OHOS::Host;
+    HiLogStore &store = HiLogStore::Get();
+    if (!store.Enabled()) {
+        return 0;
+    }
     bool domainAllowed = type == LOG_APP || (domain >= MIN_DOMAIN && domain <= MAX_DOMAIN);
     if (!domainAllowed || tag == nullptr || fmt == nullptr) {
         return -1;
@@ -633,28 +633,14 @@ namespace {
     // On the stack, so that formatting allocates only the kept line itself.
     MessageText text;
     ArgWriter args;
+    ArgReader reader;
+    va_start(reader.list, fmt);
     Format(fmt, reader, text, args);
+    va_end(reader.list);
     std::string_view keptTag(tag, strnlen(tag, MAX_TAG_LENGTH));
-    HiLogStore &store = HiLogStore::Get();
     if (store.Echoing()) {
         Echo(type, level, domain, keptTag, text.View());
     }
     store.Add(KeptLine(type, level, domain, keptTag, fmt, text.View(), args.View()));
     return static_cast<int>(text.View().size());
-}
-} // namespace
-} // namespace Host
-} // namespace OHOS
-
-extern "C" int HiLogPrint(LogType type, LogLevel level, unsigned int domain, const char *tag, const char *fmt, ...)
-{
-    using namespace OHOS::Host;
-    if (!HiLogStore::Get().Enabled()) {
-        return 0;
-    }
-    ArgReader reader;
-    va_start(reader.list, fmt);
-    int printed = KeepLine(type, level, domain, tag, fmt, reader);
-    va_end(reader.list);
-    return printed;
 }
