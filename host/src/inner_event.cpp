@@ -19,7 +19,8 @@
 
 namespace OHOS {
 namespace AppExecFwk {
-InnerEvent::InnerEvent(Callback callback, std::string name) : taskCallback_(std::move(callback)), taskName_(std::move(name))
+InnerEvent::InnerEvent(Callback callback, std::string name)
+    : taskCallback_(std::move(callback)), taskName_(std::move(name))
 {
 }
 

@@ -40,8 +40,7 @@ constexpr size_t Row(std::string_view member)
 }
 
 // The service builds a call's recorded arguments with `args` only while it records calls.
-template <size_t MemberRow>
-int Serve(Service::RecordedArgs args = nullptr, Service::Settle settle = nullptr)
+template <size_t MemberRow> int Serve(Service::RecordedArgs args = nullptr, Service::Settle settle = nullptr)
 {
     return Service::Get().Serve(MemberRow, args, settle);
 }
@@ -127,10 +126,10 @@ int TravelVexarObjectClient::DisconnectDevice()
 int TravelVexarObjectClient::GetDeviceInfo(DeviceInfoType type, std::string &deviceInfo)
 {
     return Serve<Row("GetDeviceInfo")>([type] { return std::vector<CallArg>{static_cast<int64_t>(type)}; },
-        [&deviceInfo](Service &state, int result) {
-            deviceInfo = state.DeviceInfoLocked();
-            return result;
-        });
+                                       [&deviceInfo](Service &state, int result) {
+                                           deviceInfo = state.DeviceInfoLocked();
+                                           return result;
+                                       });
 }
 
 int TravelVexarObjectClient::SendEventTo(const EventType &eventType, std::string &data)

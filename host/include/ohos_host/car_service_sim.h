@@ -69,19 +69,15 @@ constexpr std::optional<size_t> FindMember(std::string_view name)
 
 // A callable borrowed for the length of one call: unlike std::function it neither copies nor owns the callable,
 // so that passing one costs two pointers.
-template <typename Signature>
-class CallableRef;
+template <typename Signature> class CallableRef;
 
-template <typename Result, typename... Params>
-class CallableRef<Result(Params...)> {
+template <typename Result, typename... Params> class CallableRef<Result(Params...)> {
 public:
     CallableRef() = default;
     CallableRef(std::nullptr_t) {}
-    template <typename Callable,
-              typename = std::enable_if_t<!std::is_same_v<std::decay_t<Callable>, CallableRef>>>
+    template <typename Callable, typename = std::enable_if_t<!std::is_same_v<std::decay_t<Callable>, CallableRef>>>
     CallableRef(const Callable &callable)
-        : callable_(&callable),
-          invoke_([](const void *target, Params... params) -> Result {
+        : callable_(&callable), invoke_([](const void *target, Params... params) -> Result {
               return (*static_cast<const Callable *>(target))(std::forward<Params>(params)...);
           })
     {
@@ -159,8 +155,8 @@ public:
     using RecordedArgs = CallableRef<std::vector<CallArg>()>;
 
     static Service &Get();
-    // Records the call of the member in row `member` of MEMBERS with the arguments `args` builds (none when empty), sleeps
-    // its delay, then settles it: the result is the member's reaction's result or the configured result, passed
+    // Records the call of the member in row `member` of MEMBERS with the arguments `args` builds (none when empty),
+    // sleeps its delay, then settles it: the result is the member's reaction's result or the configured result, passed
     // through `settle` if given. The reaction's emissions are scheduled as the call returns.
     int Serve(size_t member, RecordedArgs args, Settle settle = nullptr);
 

@@ -73,8 +73,7 @@ napi_value MakeBool(napi_env env, bool flag);
 napi_value MakeObject(napi_env env);
 napi_value MakeArray(napi_env env, const std::vector<napi_value> &items);
 // An array of the strings in `texts` (std::string or std::u16string), in order.
-template <typename Texts>
-napi_value MakeStringArray(napi_env env, const Texts &texts)
+template <typename Texts> napi_value MakeStringArray(napi_env env, const Texts &texts)
 {
     std::vector<napi_value> items;
     for (const auto &text : texts) {
