@@ -66,18 +66,14 @@ void ConnectListenerManager::UnSubscribeListener()
 
 void ConnectListenerManager::QueueWork(const nlohmann::json &event)
 {
+    // The event is copied and its task made before the queue lock, so that service threads queue behind one
+    // another only for what must keep its order: the entry line and the post, which make the order of the lines
+    // the order of delivery. Nothing of it is seen before the post.
     // The task owns the one copy of the event through a shared pointer, so that the copies the platform makes of
-    // the task on its way to the main thread copy no event. The copy is made before the lock: service threads
-    // queue behind one another only for the queueing itself.
+    // the task on its way to the main thread copy no event. It holds the manager weakly: a manager replaced before
+    // its tasks run, destroyed or not yet, is never reached. It is locked only on the thread of its environment, so
+    // that the last owner is never another thread.
     auto eventCopy = std::make_shared<const nlohmann::json>(event);
-    std::lock_guard<std::mutex> lock(queueMutex_);
-    LOGI("ConnectListenerManager QueueWork");
-    if (handler_ == nullptr) {
-        LOGE("handler is nullptr.");
-        return;
-    }
-    // The task holds the manager weakly: a manager replaced before its tasks run, destroyed or not yet, is never
-    // reached. It is locked only on the thread of its environment, so that the last owner is never another thread.
     std::weak_ptr<ConnectListenerManager> weakManager = weak_from_this();
     std::thread::id envThread = envThread_;
     auto task = [weakManager, envThread, eventCopy]() {
@@ -89,6 +85,12 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
         }
     };
     auto innerEvent = AppExecFwk::InnerEvent::Get(std::move(task), "");
+    std::lock_guard<std::mutex> lock(queueMutex_);
+    LOGI("ConnectListenerManager QueueWork");
+    if (handler_ == nullptr) {
+        LOGE("handler is nullptr.");
+        return;
+    }
     handler_->SendEvent(innerEvent, DELIVERY_DELAY_MS, DELIVERY_PRIORITY);
 }
 
