@@ -14,6 +14,7 @@
  */
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <set>
 #include <string>
@@ -55,7 +56,7 @@ public:
         std::lock_guard<std::mutex> lock(mutex_);
         fullTokenId_.store(SYSTEM_APP_FLAG | DEFAULT_TOKEN_ID);
         permissions_ = {std::string(DEFAULT_PERMISSION)};
-        defaultGranted_.store(true);
+        PermissionsChangedLocked();
         verifyCalls_.store(0);
     }
 
@@ -63,14 +64,14 @@ public:
     {
         std::lock_guard<std::mutex> lock(mutex_);
         permissions_.insert(name);
-        defaultGranted_.store(permissions_.count(std::string(DEFAULT_PERMISSION)) != 0);
+        PermissionsChangedLocked();
     }
 
     void Revoke(const std::string &name)
     {
         std::lock_guard<std::mutex> lock(mutex_);
         permissions_.erase(name);
-        defaultGranted_.store(permissions_.count(std::string(DEFAULT_PERMISSION)) != 0);
+        PermissionsChangedLocked();
     }
 
     std::vector<std::string> Permissions()
@@ -97,6 +98,11 @@ private:
         Reset();
     }
 
+    void PermissionsChangedLocked()
+    {
+        defaultGranted_.store(permissions_.count(DEFAULT_PERMISSION) != 0);
+    }
+
     // The permission that every call of the module asks for is answered without the lock.
     bool IsGranted(const std::string &permission)
     {
@@ -112,7 +118,7 @@ private:
     // Whether permissions_ holds DEFAULT_PERMISSION; written under the lock with every change of permissions_.
     std::atomic<bool> defaultGranted_{false};
     std::mutex mutex_;
-    std::set<std::string> permissions_;
+    std::set<std::string, std::less<>> permissions_;
 };
 } // namespace
 
