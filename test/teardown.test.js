@@ -231,7 +231,7 @@ test.describe('worker threads', () => {
     assert.equal(child.stdout.trim(), '0');
   });
 
-  // Deno still runs script in a worker that ended itself from a getter (test/engines/deno-worker-exit-leaves-script-running.js).
+  // Deno still runs script in a worker that ended itself from a getter (docs/engines/deno-worker-exit-leaves-script-running.js).
   const DENO_RUNS_SCRIPT_AFTER_WORKER_EXIT = process.versions.deno !== undefined && 'Deno: the ending worker looks live';
   test('a worker whose getter ends the worker with process.exit ends alone', { skip: DENO_RUNS_SCRIPT_AFTER_WORKER_EXIT }, () => {
     const child = runChild(`

@@ -20,7 +20,7 @@
 // a getter that threw. Deno refuses the read with a pending exception but still runs a native function called
 // right after, so through Node-API the ending worker looks like a live one whose getter threw.
 //
-// Run with any engine: deno run -A test/engines/deno-worker-exit-leaves-script-running.js
+// Run with any engine: deno run -A docs/engines/deno-worker-exit-leaves-script-running.js
 // Needs cc and the Node-API headers in /usr/include/node. Exits 1 while the engine shows the fault.
 const fs = require('node:fs');
 const os = require('node:os');

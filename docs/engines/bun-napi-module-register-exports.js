@@ -20,7 +20,7 @@
 // as its own exports: the addon's exports gain the record's `exports` key. An addon that exports
 // napi_register_module_v1 gets module.exports as it should. host/index.js undoes this for the modules it loads.
 //
-// Run with any engine: bun test/engines/bun-napi-module-register-exports.js
+// Run with any engine: bun docs/engines/bun-napi-module-register-exports.js
 // Needs cc and the Node-API headers in /usr/include/node. Exits 1 while the engine shows the fault.
 const fs = require('node:fs');
 const os = require('node:os');
