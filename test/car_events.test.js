@@ -25,32 +25,12 @@ const {
   texts,
   moduleLines,
   validListener,
+  recordingListener,
   delay,
   until,
   completedRegistrations,
   register,
 } = require('./support/rovanta');
-
-const LISTENER_FUNCTIONS = [
-  'onBindResult',
-  'onDataReceive',
-  'onDeviceStateChange',
-  'onDeviceChange',
-  'onDeviceServiceStateChange',
-  'onSurfaceTransferOnEvent',
-  'onDisconnectResult',
-];
-
-// A listener whose seven functions record every call with its receiver, in one shared journal.
-function recordingListener(journal, session = '') {
-  const listener = {};
-  for (const name of LISTENER_FUNCTIONS) {
-    listener[name] = function record(...args) {
-      journal.push({ session, name, self: this, args });
-    };
-  }
-  return listener;
-}
 
 // The module's lines except the one the wrap finalizer of an older adapter object logs: the collector frees such
 // an object whenever it runs, which may be in the middle of a delivery.
@@ -283,43 +263,39 @@ test.describe('order and re-entry', () => {
     );
   });
 
-  test('a listener that unregisters from inside its call stops delivery to the sessions after it', async () => {
-    const journal = [];
+  // Session 'a', whose onDeviceChange records its call and then does `action`, and session 'b' after it.
+  async function reenteringSessions(journal, action) {
     const first = recordingListener(journal, 'a');
-    first.onDeviceChange = () => {
-      journal.push({ session: 'a' });
-      adapter.unregisterConnectListener();
+    first.onDeviceChange = (...args) => {
+      journal.push({ session: 'a', args });
+      action();
     };
     await register(adapter, 'a', first);
     await register(adapter, 'b', recordingListener(journal, 'b'));
+  }
+
+  test('a listener that unregisters from inside its call stops delivery to the sessions after it', async () => {
+    const journal = [];
+    await reenteringSessions(journal, () => adapter.unregisterConnectListener());
     await emitAndDeliver('OnDeviceChange', 1);
     assert.deepEqual(journal.map((e) => e.session), ['a']);
   });
 
   test('a listener that registers from inside its call adds a session for later events', async () => {
     const journal = [];
-    const first = recordingListener(journal, 'a');
-    first.onDeviceChange = () => {
-      journal.push({ session: 'a' });
-      adapter.registerConnectListener('0-early', recordingListener(journal, '0-early'));
-    };
-    await register(adapter, 'a', first);
+    await reenteringSessions(journal, () => adapter.registerConnectListener('0-early', recordingListener(journal, '0-early')));
     await emitAndDeliver('OnDeviceChange', 1);
-    await until(() => completedRegistrations() === 2, 'the second registration');
+    await until(() => completedRegistrations() === 3, 'the registration made by the listener');
     await emitAndDeliver('OnDeviceChange', 2);
-    assert.deepEqual(journal.map((e) => e.session), ['a', '0-early', 'a']);
+    assert.deepEqual(journal.map((e) => e.session), ['a', 'b', '0-early', 'a', 'b']);
   });
 
   test('a listener that replaces the adapter from inside its call: the delivery in progress completes safely', async () => {
     const journal = [];
     let replacement;
-    const first = recordingListener(journal, 'a');
-    first.onDeviceChange = () => {
-      journal.push({ session: 'a' });
+    await reenteringSessions(journal, () => {
       replacement = rovanta.getCarConnectAdapter();
-    };
-    await register(adapter, 'a', first);
-    await register(adapter, 'b', recordingListener(journal, 'b'));
+    });
     await emitAndDeliver('OnDeviceChange', 1);
     await emitAndDeliver('OnDeviceChange', 2);
     assert.deepEqual(journal.map((e) => e.session), ['a', 'b']);
@@ -328,12 +304,9 @@ test.describe('order and re-entry', () => {
 
   test('a listener that throws is logged; the other listeners and later events still arrive', async () => {
     const journal = [];
-    const thrower = recordingListener(journal, 'a');
-    thrower.onDeviceChange = () => {
+    await reenteringSessions(journal, () => {
       throw new Error('listener failed');
-    };
-    await register(adapter, 'a', thrower);
-    await register(adapter, 'b', recordingListener(journal, 'b'));
+    });
     const uncaught = [];
     const onUncaught = (error) => uncaught.push(error);
     process.on('uncaughtException', onUncaught);
@@ -344,7 +317,7 @@ test.describe('order and re-entry', () => {
       process.off('uncaughtException', onUncaught);
     }
     assert.deepEqual(uncaught, []);
-    assert.deepEqual(journal.map((e) => [e.session, e.args[0]]), [['b', 1], ['b', 2]]);
+    assert.deepEqual(journal.map((e) => [e.session, e.args[0]]), [['a', 1], ['b', 1], ['a', 2], ['b', 2]]);
     assert.ok(texts(LEVEL.ERROR).includes('NotifyEvent# NotifyEvent error, listener threw: Error: listener failed'));
   });
 });

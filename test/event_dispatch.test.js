@@ -20,7 +20,7 @@
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const path = require('node:path');
-const { host, LEVEL, resetHost, texts } = require('./support/rovanta');
+const { host, LEVEL, recordingListener, resetHost, texts } = require('./support/rovanta');
 
 const probe = { exports: {} };
 process.dlopen(probe, path.join(host.moduleRoot, 'lib', 'test', 'listener_probe.node'));
@@ -28,22 +28,11 @@ const { notify } = probe.exports;
 
 const receiver = { name: 'the adapter' };
 
-function recordingListener() {
-  const calls = [];
-  const listener = {};
-  for (const name of ['onBindResult', 'onDataReceive', 'onDeviceStateChange', 'onDeviceChange', 'onDisconnectResult']) {
-    listener[name] = (...args) => {
-      calls.push({ name, args });
-    };
-  }
-  return { listener, calls };
-}
-
 function deliver(event, listener) {
-  const recorded = listener ? { listener, calls: [] } : recordingListener();
+  const calls = [];
   host.hilog.clear();
-  notify(recorded.listener, receiver, JSON.stringify(event));
-  return recorded.calls;
+  notify(listener ?? recordingListener(calls), receiver, JSON.stringify(event));
+  return calls;
 }
 
 test.beforeEach(resetHost);

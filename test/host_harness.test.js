@@ -20,8 +20,8 @@ const fs = require('fs');
 const path = require('path');
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const { spawnSync } = require('node:child_process');
-const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, register, until } = require('./support/rovanta');
+const { PRELUDE, runChild } = require('./support/child');
+const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, recordingListener, register, until } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
 
@@ -60,17 +60,10 @@ test.describe('HiLog', () => {
   // A child process, since the echo is chosen when the process starts. The module's first line comes from the
   // main thread, whose thread id is the process id; the registration line from a thread of its own.
   test('HILOG_STDERR=1 echoes each line in the log reader\'s layout, naming the process and the thread', () => {
-    const script = `
-      const host = require(${JSON.stringify(require.resolve('../host'))});
-      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
-      adapter.registerConnectListener('echo', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
+    const child = runChild(`${PRELUDE}
+      rovanta.getCarConnectAdapter().registerConnectListener('echo', listener());
       host.waitUntil(() => host.hilog.lines().some((line) => line.text === 'InitCallback# InitCallback success'),
-        'the registration line', 10000);`;
-    const child = spawnSync(process.execPath, ['-e', script], {
-      env: { ...process.env, HILOG_STDERR: '1' },
-      encoding: 'utf8',
-      timeout: 30000,
-    });
+        'the registration line', 10000);`, { env: { HILOG_STDERR: '1' }, timeout: 30000 });
     assert.equal(child.status, 0, child.stderr);
     const layout = /^\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +(\d+) +(\d+) ([DIWEF]) C05400\/TravelVexarNapi: (.*)$/;
     const lines = child.stderr
@@ -126,19 +119,12 @@ test.describe('the simulated car service', () => {
 });
 
 test.describe('a car that answers', () => {
-  // A listener that records every event it receives, and the adapter it is registered on.
+  // A session whose listener records every event it receives as [function, ...arguments].
   async function recordingSession() {
-    const events = [];
-    const record = (name) => (...args) => events.push([name, ...args]);
+    const journal = [];
     const adapter = rovanta.getCarConnectAdapter();
-    await register(adapter, 's', {
-      onBindResult: record('onBindResult'),
-      onDataReceive: record('onDataReceive'),
-      onDeviceStateChange: record('onDeviceStateChange'),
-      onDeviceChange: record('onDeviceChange'),
-      onDisconnectResult: record('onDisconnectResult'),
-    });
-    return { adapter, events };
+    await register(adapter, 's', recordingListener(journal));
+    return { adapter, events: () => journal.map(({ name, args }) => [name, ...args]) };
   }
 
   test('a malformed reaction or scenario throws naming the field and installs nothing', async () => {
@@ -161,7 +147,7 @@ test.describe('a car that answers', () => {
     const { adapter, events } = await recordingSession();
     assert.equal(await adapter.castOperation(1), 0);
     await host.mainRunner.whenIdle();
-    assert.deepEqual(events, []);
+    assert.deepEqual(events(), []);
   });
 
   test('a reaction returns its result, emits its callbacks in order after the call, and ends after `times`', async () => {
@@ -176,14 +162,14 @@ test.describe('a car that answers', () => {
       ],
     });
     assert.equal(await adapter.bindTarget(1, {}), -2);
-    await until(() => events.length === 2, 'the two emitted callbacks');
-    assert.deepEqual(events, [['onBindResult', 'car-1', 0, 2, 'pin'], ['onDeviceChange', 1]]);
+    await until(() => events().length === 2, 'the two emitted callbacks');
+    assert.deepEqual(events(), [['onBindResult', 'car-1', 0, 2, 'pin'], ['onDeviceChange', 1]]);
     assert.equal(await adapter.bindTarget(1, {}), -2);
     assert.equal(await adapter.bindTarget(1, {}), 3);
     host.carService.onCall('CastOperation', { result: 9 });
     host.carService.onCall('CastOperation', null);
     assert.equal(await adapter.castOperation(1), 0);
-    await until(() => events.length === 4, 'the callbacks of the second answered call');
+    await until(() => events().length === 4, 'the callbacks of the second answered call');
   });
 
   test('play emits the timeline by offset, counts steps with no record as skipped, and stops on reset', async () => {
@@ -199,9 +185,9 @@ test.describe('a car that answers', () => {
     });
     assert.deepEqual(outcome, { emitted: 2, skipped: 0, stopped: false });
     await host.mainRunner.whenIdle();
-    assert.deepEqual(events, [['onDataReceive', 1, 'early'], ['onDataReceive', 2, 'late']]);
+    assert.deepEqual(events(), [['onDataReceive', 1, 'early'], ['onDataReceive', 2, 'late']]);
     await adapter.disconnectDevice();
-    await until(() => events.length === 3, 'the disconnect result the reaction emits');
+    await until(() => events().length === 3, 'the disconnect result the reaction emits');
 
     const playing = host.carService.play({ timeline: [{ atMs: 3600000, callback: 'OnDeviceChange', args: [1] }] });
     host.carService.reset();

@@ -22,9 +22,9 @@ const {
   rovanta,
   CONNECT_PERMISSION,
   ENGINE_PERMISSION,
-  LOG_DOMAIN,
   LEVEL,
   METHODS,
+  validListener,
   resetHost,
   moduleLines,
   texts,
@@ -60,9 +60,9 @@ test.describe('DiscoveryMode', () => {
     const first = rovanta.DiscoveryMode;
     const second = rovanta.DiscoveryMode;
     assert.notEqual(first, second);
-    assert.deepEqual(first, { NO_PERCEPTION_DISCOVERY: 1, BLUETOOTH_DISCOVERY: 2, USB_DISCOVERY: 3, QR_DISCOVERY: 4 });
-    assert.deepEqual(Object.keys(first), ['NO_PERCEPTION_DISCOVERY', 'BLUETOOTH_DISCOVERY', 'USB_DISCOVERY', 'QR_DISCOVERY']);
-    assert.deepEqual(second, first);
+    for (const modes of [first, second]) {
+      assert.deepEqual(Object.entries(modes), [['NO_PERCEPTION_DISCOVERY', 1], ['BLUETOOTH_DISCOVERY', 2], ['USB_DISCOVERY', 3], ['QR_DISCOVERY', 4]]);
+    }
     assert.deepEqual(texts(LEVEL.INFO), ['DiscoveryMode# DiscoveryMode', 'DiscoveryMode# DiscoveryMode']);
   });
 });
@@ -96,7 +96,7 @@ test.describe('factory and class', () => {
   test('a replaced client is destroyed at the replacement, even while its registration is still retrying', async () => {
     host.carService.failRegistrations(2);
     const adapter = rovanta.getCarConnectAdapter();
-    adapter.registerConnectListener('s', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
+    adapter.registerConnectListener('s', validListener());
     host.hilog.clear();
     rovanta.getCarConnectAdapter();
     assert.ok(texts().includes('~CarAdapterClient# ~CarAdapterClient'), texts().join('\n'));
@@ -119,60 +119,37 @@ test.describe('factory and class', () => {
 });
 
 test.describe('the gate', () => {
-  function callEach(adapter) {
-    return METHODS.map((method) => {
-      try {
-        adapter[method.name](...method.args());
-        return { name: method.name, error: null };
-      } catch (error) {
-        return { name: method.name, error };
+  // The system-app test comes first: a non-system caller is refused before the permission is looked at.
+  const refusals = [
+    { caller: 'a non-system caller', systemApp: false, code: '202', message: NON_SYSTEM_MESSAGE, serviceLines: 0 },
+    { caller: 'a system caller without the permission', systemApp: true, code: '201', message: 'Permission denied.', serviceLines: METHODS.length + 1 },
+  ];
+  for (const { caller, systemApp, code, message, serviceLines } of refusals) {
+    test(`${caller} gets ${code} from the factory and from every method, before any service call`, () => {
+      const adapter = rovanta.getCarConnectAdapter();
+      host.identity.set({ systemApp });
+      host.permissions.revoke(CONNECT_PERMISSION);
+      host.hilog.clear();
+
+      assert.throws(() => rovanta.getCarConnectAdapter(), { code, message });
+      for (const method of METHODS) {
+        assert.throws(() => adapter[method.name](...method.args()), { code, message }, method.name);
       }
+      // The permission check logs under the service tag, naming the engine permission.
+      const permissionLines = moduleLines().filter((l) => l.tag === 'TravelService');
+      assert.equal(permissionLines.length, serviceLines);
+      for (const line of permissionLines) {
+        assert.equal(line.level, LEVEL.ERROR);
+        assert.deepEqual(line.args, ['CheckSelfIsPermissible', ENGINE_PERMISSION]);
+      }
+      const gateText = `HandleCarAdapter# ${systemApp ? 'Permission denied, Interface caller does not have permission.' : message}`;
+      const gateLines = moduleLines(LEVEL.ERROR).filter((l) => l.args[0] === 'HandleCarAdapter');
+      assert.equal(gateLines.length, METHODS.length + 1);
+      assert.ok(gateLines.every((l) => l.text === gateText), gateLines.map((l) => l.text).join('\n'));
+      assert.ok(texts(LEVEL.ERROR).includes(`ThrowNapiError# throw err code: ${code}, message: ${message}`));
+      assert.deepEqual(host.carService.calls(), []);
     });
   }
-
-  test('a non-system caller gets 202 from the factory and from every method, before any service call', () => {
-    const adapter = rovanta.getCarConnectAdapter();
-    host.identity.set({ systemApp: false });
-    host.permissions.revoke(CONNECT_PERMISSION);
-    host.hilog.clear();
-
-    assert.throws(() => rovanta.getCarConnectAdapter(), { code: '202', message: NON_SYSTEM_MESSAGE });
-    for (const { name, error } of callEach(adapter)) {
-      assert.ok(error, `${name} must throw`);
-      assert.equal(error.code, '202', name);
-      assert.equal(error.message, NON_SYSTEM_MESSAGE, name);
-    }
-    const gateLines = moduleLines(LEVEL.ERROR).filter((l) => l.args[0] === 'HandleCarAdapter');
-    assert.equal(gateLines.length, METHODS.length + 1);
-    assert.ok(gateLines.every((l) => l.text === `HandleCarAdapter# ${NON_SYSTEM_MESSAGE}`));
-    assert.ok(texts(LEVEL.ERROR).includes(`ThrowNapiError# throw err code: 202, message: ${NON_SYSTEM_MESSAGE}`));
-    // The system-app test comes first: the permission was never looked at.
-    assert.equal(moduleLines().filter((l) => l.tag === 'TravelService').length, 0);
-    assert.deepEqual(host.carService.calls(), []);
-  });
-
-  test('a system caller without the permission gets 201, logged under the service tag naming the engine permission', () => {
-    const adapter = rovanta.getCarConnectAdapter();
-    host.permissions.revoke(CONNECT_PERMISSION);
-    host.hilog.clear();
-
-    assert.throws(() => rovanta.getCarConnectAdapter(), { code: '201', message: 'Permission denied.' });
-    for (const { name, error } of callEach(adapter)) {
-      assert.equal(error && error.code, '201', name);
-      assert.equal(error.message, 'Permission denied.', name);
-    }
-    const serviceLines = moduleLines().filter((l) => l.tag === 'TravelService');
-    assert.equal(serviceLines.length, METHODS.length + 1);
-    for (const line of serviceLines) {
-      assert.equal(line.level, LEVEL.ERROR);
-      assert.equal(line.domain, LOG_DOMAIN);
-      assert.deepEqual(line.args, ['CheckSelfIsPermissible', ENGINE_PERMISSION]);
-    }
-    assert.ok(
-      texts(LEVEL.ERROR).includes('HandleCarAdapter# Permission denied, Interface caller does not have permission.'),
-    );
-    assert.deepEqual(host.carService.calls(), []);
-  });
 
   test('a denied registration starts no registration with the car service', async () => {
     const adapter = rovanta.getCarConnectAdapter();

@@ -19,8 +19,9 @@
 // few outcomes script code is promised, and never takes the process down.
 const test = require('node:test');
 const assert = require('node:assert/strict');
+const { inspect } = require('node:util');
 const fc = require('fast-check');
-const { host, rovanta, METHODS, resetHost, delay, until } = require('./support/rovanta');
+const { host, rovanta, METHODS, validListener, resetHost, delay, until } = require('./support/rovanta');
 
 const RUNS_PER_METHOD = Number(process.env.ROVANTA_PROPERTY_RUNS || 150);
 const SETTLE_TIMEOUT_MS = 3000;
@@ -51,7 +52,7 @@ const objects = fc.oneof(
   fc.dictionary(fc.string({ maxLength: 6 }), primitives, { maxKeys: 5 }),
   fc.dictionary(fc.string({ maxLength: 6 }), primitives, { maxKeys: 5 }).map((entries) => Object.assign(Object.create(null), entries)),
   fc.array(primitives, { maxLength: 4 }),
-  fc.constant({ onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} }),
+  fc.constant(validListener()),
 );
 const values = fc.oneof(primitives, objects, fc.constant(FUNCTION_MARK));
 const argumentLists = fc.array(values, { maxLength: 4 });
@@ -69,14 +70,9 @@ function materialise(list) {
   return { args, callbacks };
 }
 
-function describeValue(value) {
-  if (typeof value === 'function') return 'fn';
-  if (typeof value !== 'object' || value === null) return typeof value === 'string' ? JSON.stringify(value.slice(0, 20)) : String(value);
-  return Array.isArray(value) ? `[${value.length} items]` : `{${Object.keys(value).slice(0, 4).join(',')}}`;
-}
-
+// An argument list shortened for a failure message.
 function describeArgs(args) {
-  return args.map(describeValue).join(', ');
+  return inspect(args, { depth: 1, maxArrayLength: 4, maxStringLength: 20, breakLength: Infinity });
 }
 
 async function checkServiceCall(adapter, method, list) {

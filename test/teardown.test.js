@@ -20,22 +20,15 @@
 // preload of this one) and must end cleanly, with no report on its standard error.
 const test = require('node:test');
 const assert = require('node:assert/strict');
-const path = require('node:path');
-const { spawnSync } = require('node:child_process');
+const { HOST, PRELUDE, runChild, assertCleanExit } = require('./support/child');
 
-const HOST = JSON.stringify(path.join(__dirname, '..', 'host'));
-const SANITIZER_REPORT = /AddressSanitizer|LeakSanitizer|ThreadSanitizer|runtime error:|Segmentation fault|Assertion/;
-
-const BUSY_MODULE = `
-  const host = require(${HOST});
-  const rovanta = host.requireNapi('carService.rovanta');
-  const listener = { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, onDeviceChange() {} };
+const BUSY_MODULE = `${PRELUDE}
   const adapter = rovanta.getCarConnectAdapter();
-  adapter.registerConnectListener('held', listener);
+  adapter.registerConnectListener('held', listener({ onDeviceChange() {} }));
   async function makeBusy() {
-    await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
+    await registered();
     host.carService.failRegistrations(1000);
-    adapter.registerConnectListener('sleeping', listener);
+    adapter.registerConnectListener('sleeping', listener({ onDeviceChange() {} }));
     host.carService.setDelay('CastOperation', 400);
     adapter.castOperation(1).then(() => {});
     adapter.castOperation(2, () => {});
@@ -44,49 +37,22 @@ const BUSY_MODULE = `
   }
 `;
 
-// Leak checking needs a full teardown of the engine. process.exit(), an uncaught error and a terminated worker
-// skip it: node then leaves its own heap, and the handle of any promise it can no longer settle, allocated.
-// Those children keep every other sanitizer check; the leak check runs on the scenarios that end normally.
-function runChild(script, { leakCheck = true } = {}) {
-  const env = { ...process.env };
-  if (!leakCheck && env.ASAN_OPTIONS !== undefined) env.ASAN_OPTIONS += ':detect_leaks=0';
-  return spawnSync(process.execPath, ['-e', script], { encoding: 'utf8', timeout: 60000, env });
-}
-
-function assertCleanExit(child, expectedStatus = 0) {
-  assert.equal(child.signal, null, `signal ${child.signal}: ${child.stderr}`);
-  assert.equal(child.status, expectedStatus, child.stderr);
-  assert.doesNotMatch(child.stderr, SANITIZER_REPORT);
-}
-
 test.describe('process teardown', () => {
   test('process.exit while everything is in flight', () => {
-    const child = runChild(`${BUSY_MODULE}
-      makeBusy().then(() => setTimeout(() => process.exit(0), 20));
-    `, { leakCheck: false });
-    assertCleanExit(child);
+    assertCleanExit(runChild(`${BUSY_MODULE} makeBusy().then(() => setTimeout(() => process.exit(0), 20));`, { leakCheck: false }));
   });
 
   test('a normal end of the event loop while registration threads sleep and events are queued', () => {
-    const child = runChild(`${BUSY_MODULE}
-      makeBusy().then(() => console.log('busy'));
-    `);
+    const child = runChild(`${BUSY_MODULE} makeBusy().then(() => console.log('busy'));`);
     assertCleanExit(child);
     assert.match(child.stdout, /busy/);
   });
 
   test('a listener that ends the process from inside its call', () => {
-    const child = runChild(`
-      const host = require(${HOST});
-      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
-      adapter.registerConnectListener('s', {
-        onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
-        onDeviceChange() { process.exit(3); },
-      });
-      (async () => {
-        await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
-        host.carService.emitMany({ callback: 'OnDeviceChange', args: [1], count: 1000, threads: 2 });
-      })();
+    const child = runChild(`${PRELUDE}
+      const adapter = rovanta.getCarConnectAdapter();
+      adapter.registerConnectListener('s', listener({ onDeviceChange() { process.exit(3); } }));
+      registered().then(() => host.carService.emitMany({ callback: 'OnDeviceChange', args: [1], count: 1000, threads: 2 }));
     `, { leakCheck: false });
     assertCleanExit(child, 3);
   });
@@ -95,41 +61,30 @@ test.describe('process teardown', () => {
     const child = runChild(`${BUSY_MODULE}
       makeBusy().then(() => setTimeout(() => { throw new Error('script failure'); }, 20));
     `, { leakCheck: false });
-    assert.equal(child.signal, null, child.stderr);
-    assert.equal(child.status, 1);
+    assertCleanExit(child, 1);
     assert.match(child.stderr, /script failure/);
-    assert.doesNotMatch(child.stderr, SANITIZER_REPORT);
   });
 });
 
 test.describe('registration threads at the end of the process', () => {
   // Registrations retry against an absent service while the process ends: the threads still running must not
   // touch what the process frees on its way out.
-  const RETRYING_REGISTRATIONS = `
-    const host = require(${HOST});
-    const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
-    host.carService.failRegistrations(1000000);
-    for (let i = 0; i < 1000; i++) adapter.registerConnectListener('s' + i, { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
-  `;
-
-  test('process.exit while a thousand registrations retry', () => {
-    for (let run = 0; run < 3; run++) {
-      assertCleanExit(runChild(`${RETRYING_REGISTRATIONS} process.exit(0);`, { leakCheck: false }));
-    }
-  });
-
-  test('the end of the script while a thousand registrations retry', () => {
-    for (let run = 0; run < 3; run++) {
-      assertCleanExit(runChild(RETRYING_REGISTRATIONS));
-    }
-  });
+  for (const [ending, end, leakCheck] of [['process.exit', 'process.exit(0);', false], ['the end of the script', '', true]]) {
+    test(`${ending} while a thousand registrations retry`, () => {
+      for (let run = 0; run < 3; run++) {
+        assertCleanExit(runChild(`${PRELUDE}
+          const adapter = rovanta.getCarConnectAdapter();
+          host.carService.failRegistrations(1000000);
+          for (let i = 0; i < 1000; i++) adapter.registerConnectListener('s' + i, listener());
+          ${end}`, { leakCheck }));
+      }
+    });
+  }
 
   test('a flood of registrations keeps the number of threads bounded', { skip: process.platform !== 'linux' && 'counts /proc/self/task' }, () => {
-    const child = runChild(`
-      const fs = require('node:fs');
-      const threads = () => fs.readdirSync('/proc/self/task').length;
-      const host = require(${HOST});
-      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+    const child = runChild(`${PRELUDE}
+      const threads = () => require('node:fs').readdirSync('/proc/self/task').length;
+      const adapter = rovanta.getCarConnectAdapter();
       host.carService.failRegistrations(1000000);
       adapter.castOperation(1);
       const before = threads();
@@ -145,19 +100,14 @@ test.describe('registration threads at the end of the process', () => {
 });
 
 test.describe('worker threads', () => {
-  const WORKER_SCRIPT = `
+  const WORKER_SCRIPT = `${PRELUDE}
     const { parentPort } = require('node:worker_threads');
-    const host = require(${HOST});
-    const rovanta = host.requireNapi('carService.rovanta');
     const adapter = rovanta.getCarConnectAdapter();
     const events = [];
-    adapter.registerConnectListener('worker', {
-      onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
-      onDeviceChange(state) { events.push(state); },
-    });
+    adapter.registerConnectListener('worker', listener({ onDeviceChange(state) { events.push(state); } }));
     (async () => {
       const code = await adapter.castOperation(4);
-      await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
+      await registered();
       host.carService.emit('OnDeviceChange', 9);
       await new Promise((r) => setTimeout(r, 50));
       if (process.env.WORKER_LEAVES_WORK) {
@@ -169,22 +119,17 @@ test.describe('worker threads', () => {
   `;
 
   function runWorkerScenario(leavesWork) {
-    const child = runChild(`
+    const child = runChild(`${PRELUDE}
       if (${leavesWork}) process.env.WORKER_LEAVES_WORK = '1';
       const { Worker } = require('node:worker_threads');
-      const host = require(${HOST});
-      const rovanta = host.requireNapi('carService.rovanta');
       (async () => {
         const worker = new Worker(${JSON.stringify(WORKER_SCRIPT)}, { eval: true });
         const report = await new Promise((resolve, reject) => { worker.once('message', resolve); worker.once('error', reject); });
         await worker.terminate();
         const adapter = rovanta.getCarConnectAdapter();
         const seen = [];
-        adapter.registerConnectListener('main', {
-          onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
-          onDeviceChange(state) { seen.push(state); },
-        });
-        await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
+        adapter.registerConnectListener('main', listener({ onDeviceChange(state) { seen.push(state); } }));
+        await registered();
         host.carService.emit('OnDeviceChange', 5);
         await host.mainRunner.whenIdle();
         console.log(JSON.stringify({ report, seen, main: await adapter.castOperation(1) }));
@@ -206,10 +151,8 @@ test.describe('worker threads', () => {
   // The worker's environment refuses every property read once it is going away; the call must end quietly there
   // instead of taking the fatal path that a refused read in a live environment takes.
   test('a worker terminated while it converts maps ends alone', () => {
-    const child = runChild(`
+    const child = runChild(`${PRELUDE}
       const { Worker } = require('node:worker_threads');
-      const host = require(${HOST});
-      const rovanta = host.requireNapi('carService.rovanta');
       const LOOP = \`
         const { parentPort } = require('node:worker_threads');
         const adapter = require(${HOST}).requireNapi('carService.rovanta').getCarConnectAdapter();
@@ -234,10 +177,8 @@ test.describe('worker threads', () => {
   // Deno still runs script in a worker that ended itself from a getter (docs/engines/deno-worker-exit-leaves-script-running.js).
   const DENO_RUNS_SCRIPT_AFTER_WORKER_EXIT = process.versions.deno !== undefined && 'Deno: the ending worker looks live';
   test('a worker whose getter ends the worker with process.exit ends alone', { skip: DENO_RUNS_SCRIPT_AFTER_WORKER_EXIT }, () => {
-    const child = runChild(`
+    const child = runChild(`${PRELUDE}
       const { Worker } = require('node:worker_threads');
-      const host = require(${HOST});
-      const rovanta = host.requireNapi('carService.rovanta');
       const EXITING = \`
         const adapter = require(${HOST}).requireNapi('carService.rovanta').getCarConnectAdapter();
         adapter.startSurfaceTransfer({ a: 'b', get c() { process.exit(0); } }, () => {});
@@ -257,14 +198,13 @@ test.describe('worker threads', () => {
   // A manager replaced from another script thread is destroyed on its own thread soon after, and drops the events
   // queued before the replacement, as one replaced on its own thread does.
   test("an adapter made on a worker retires the main thread's manager: its queued events are dropped", () => {
-    const child = runChild(`
+    const child = runChild(`${PRELUDE}
       const { Worker } = require('node:worker_threads');
-      const host = require(${HOST});
-      const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
       let delivered = 0;
-      adapter.registerConnectListener('main', { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, onDeviceChange() { delivered++; } });
+      const adapter = rovanta.getCarConnectAdapter();
+      adapter.registerConnectListener('main', listener({ onDeviceChange() { delivered++; } }));
       (async () => {
-        await host.waitUntil(() => host.carService.isRegistered(), 'the listener registration');
+        await registered();
         const replaced = new Int32Array(new SharedArrayBuffer(4));
         for (let i = 0; i < 1000; i++) host.carService.emit('OnDeviceChange', i);
         const worker = new Worker(\`

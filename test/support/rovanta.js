@@ -44,6 +44,27 @@ function validListener(extra = {}) {
   return { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, ...extra };
 }
 
+const LISTENER_FUNCTIONS = [
+  'onBindResult',
+  'onDataReceive',
+  'onDeviceStateChange',
+  'onDeviceChange',
+  'onDeviceServiceStateChange',
+  'onSurfaceTransferOnEvent',
+  'onDisconnectResult',
+];
+
+// A listener whose seven functions record every call with its receiver, in one shared journal.
+function recordingListener(journal, session = '') {
+  const listener = {};
+  for (const name of LISTENER_FUNCTIONS) {
+    listener[name] = function record(...args) {
+      journal.push({ session, name, self: this, args });
+    };
+  }
+  return listener;
+}
+
 function resetHost() {
   host.identity.reset();
   host.carService.reset();
@@ -91,6 +112,7 @@ module.exports = {
   LEVEL,
   METHODS,
   validListener,
+  recordingListener,
   resetHost,
   moduleLines,
   texts,
