@@ -169,24 +169,20 @@ describe('the stand-in platform build refuses what the platform refuses', () => 
   }
 });
 
-describe('versions', () => {
-  it('package.json and bundle.json carry one version, which the changelog names', () => {
-    const packageVersion = JSON.parse(fs.readFileSync(path.join(repoRoot, 'package.json'), 'utf8')).version;
-    assert.equal(bundle.version, packageVersion, 'bundle.json and package.json disagree');
-    const changelog = fs.readFileSync(path.join(repoRoot, 'CHANGELOG.md'), 'utf8');
-    const released = [...changelog.matchAll(/^## \[(\d+\.\d+\.\d+)\]/gm)].map((match) => match[1]);
-    assert.equal(released[0], packageVersion, 'the newest release in CHANGELOG.md is not the version');
-  });
+it('package.json and bundle.json carry one version, which the changelog names', () => {
+  const packageVersion = JSON.parse(fs.readFileSync(path.join(repoRoot, 'package.json'), 'utf8')).version;
+  assert.equal(bundle.version, packageVersion, 'bundle.json and package.json disagree');
+  const changelog = fs.readFileSync(path.join(repoRoot, 'CHANGELOG.md'), 'utf8');
+  const released = [...changelog.matchAll(/^## \[(\d+\.\d+\.\d+)\]/gm)].map((match) => match[1]);
+  assert.equal(released[0], packageVersion, 'the newest release in CHANGELOG.md is not the version');
 });
 
-describe(`module ${moduleName}`, () => {
-  it('is laid out by the host build where the loader looks', (t) => {
-    const outputRoot = process.env.OHOS_HOST_ROOT ?? path.join(repoRoot, 'build', 'root');
-    if (!fs.existsSync(path.join(outputRoot, 'lib'))) {
-      t.skip(`nothing built under ${outputRoot}`);
-      return;
-    }
-    const libraryPath = path.join(outputRoot, 'lib', 'module', modulePath);
-    assert.ok(fs.existsSync(libraryPath), `${libraryPath} is missing`);
-  });
+it(`module ${moduleName} is laid out by the host build where the loader looks`, (t) => {
+  const outputRoot = process.env.OHOS_HOST_ROOT ?? path.join(repoRoot, 'build', 'root');
+  if (!fs.existsSync(path.join(outputRoot, 'lib'))) {
+    t.skip(`nothing built under ${outputRoot}`);
+    return;
+  }
+  const libraryPath = path.join(outputRoot, 'lib', 'module', modulePath);
+  assert.ok(fs.existsSync(libraryPath), `${libraryPath} is missing`);
 });

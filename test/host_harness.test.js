@@ -25,19 +25,17 @@ const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, recordingLi
 
 test.beforeEach(resetHost);
 
-test.describe('caller identity', () => {
-  test('each field may be set alone, a token id of 2^32 or more is refused, and reset restores the default', () => {
-    host.identity.set({ tokenId: 5 });
-    host.identity.set({ systemApp: false });
-    host.permissions.grant('ohos.permission.Z');
-    host.permissions.grant('ohos.permission.A');
-    assert.deepEqual(host.identity.get(), { systemApp: false, tokenId: 5 });
-    assert.deepEqual(host.permissions.list(), ['ohos.permission.A', CONNECT_PERMISSION, 'ohos.permission.Z']);
-    assert.throws(() => host.identity.set({ tokenId: 2 ** 32 }));
-    host.identity.reset();
-    assert.deepEqual(host.identity.get(), { systemApp: true, tokenId: 0x10001 });
-    assert.deepEqual(host.permissions.list(), [CONNECT_PERMISSION]);
-  });
+test('caller identity: each field may be set alone, a token id of 2^32 or more is refused, and reset restores the default', () => {
+  host.identity.set({ tokenId: 5 });
+  host.identity.set({ systemApp: false });
+  host.permissions.grant('ohos.permission.Z');
+  host.permissions.grant('ohos.permission.A');
+  assert.deepEqual(host.identity.get(), { systemApp: false, tokenId: 5 });
+  assert.deepEqual(host.permissions.list(), ['ohos.permission.A', CONNECT_PERMISSION, 'ohos.permission.Z']);
+  assert.throws(() => host.identity.set({ tokenId: 2 ** 32 }));
+  host.identity.reset();
+  assert.deepEqual(host.identity.get(), { systemApp: true, tokenId: 0x10001 });
+  assert.deepEqual(host.permissions.list(), [CONNECT_PERMISSION]);
 });
 
 test.describe('HiLog', () => {
@@ -66,10 +64,7 @@ test.describe('HiLog', () => {
         'the registration line', 10000);`, { env: { HILOG_STDERR: '1' }, timeout: 30000 });
     assert.equal(child.status, 0, child.stderr);
     const layout = /^\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +(\d+) +(\d+) ([DIWEF]) C05400\/TravelVexarNapi: (.*)$/;
-    const lines = child.stderr
-      .trim()
-      .split('\n')
-      .map((line) => layout.exec(line));
+    const lines = child.stderr.trim().split('\n').map((line) => layout.exec(line));
     assert.ok(lines.length > 2 && lines.every(Boolean), child.stderr);
     const [, processId, mainThread] = lines[0];
     const registration = lines.find((line) => line[4] === 'InitCallback# InitCallback success');
@@ -216,38 +211,28 @@ test.describe('a car that answers', () => {
   });
 });
 
-test.describe('the main runner', () => {
-  // The backlog is queued while the script thread is busy, so that every event is due before delivery starts: a
-  // runner that drains due tasks in one go gives the script thread a turn or two in all, one that drains them in
-  // bounded batches gives it a turn per batch.
-  test('lets the script thread turn between batches while it works through a backlog of events', async () => {
-    const EVENTS = 4000;
-    let delivered = 0;
-    const adapter = rovanta.getCarConnectAdapter();
-    await register(
-      adapter,
-      'backlog',
-      validListener({
-        onDataReceive() {
-          delivered++;
-        },
-      }),
-    );
+// The backlog is queued while the script thread is busy, so that every event is due before delivery starts: a
+// runner that drains due tasks in one go gives the script thread a turn or two in all, one that drains them in
+// bounded batches gives it a turn per batch.
+test('the main runner lets the script thread turn between batches while it works through a backlog of events', async () => {
+  const EVENTS = 4000;
+  let delivered = 0;
+  const adapter = rovanta.getCarConnectAdapter();
+  await register(adapter, 'backlog', validListener({ onDataReceive: () => delivered++ }));
 
-    for (let index = 0; index < EVENTS; index++) host.carService.emit('OnDataReceive', index, 'backlog');
-    let draining = true;
-    const drained = host.mainRunner.whenIdle().finally(() => {
-      draining = false;
-    });
-    let turns = 0;
-    const deadline = Date.now() + 60000;
-    while (draining) {
-      if (Date.now() > deadline) throw new Error(`timed out waiting for ${EVENTS} queued events to be delivered`);
-      turns++;
-      await new Promise((resolve) => setImmediate(resolve));
-    }
-    await drained;
-    assert.equal(delivered, EVENTS);
-    assert.ok(turns >= 20, `${turns} turns of the script thread while ${EVENTS} queued events were delivered`);
+  for (let index = 0; index < EVENTS; index++) host.carService.emit('OnDataReceive', index, 'backlog');
+  let draining = true;
+  const drained = host.mainRunner.whenIdle().finally(() => {
+    draining = false;
   });
+  let turns = 0;
+  const deadline = Date.now() + 60000;
+  while (draining) {
+    if (Date.now() > deadline) throw new Error(`timed out waiting for ${EVENTS} queued events to be delivered`);
+    turns++;
+    await new Promise((resolve) => setImmediate(resolve));
+  }
+  await drained;
+  assert.equal(delivered, EVENTS);
+  assert.ok(turns >= 20, `${turns} turns of the script thread while ${EVENTS} queued events were delivered`);
 });

@@ -18,17 +18,15 @@
 // The process's memory stays flat over 100,000 service calls, 100,000 delivered events and 1,000 turns of the
 // main thread and a worker replacing each other's adapters (bench/leak.js). Measured here: about 0.6 MB of growth
 // for the calls and 1-2 MB for the events, against some 8 MB that one leaked script reference per call or event
-// would add; for the turns 0-1 MB (up to 17 MB on Node.js 26, whose collector sizes its heap differently), against 200 MB
-// when each replaced manager outlives its turn. Sanitizer runtimes keep freed memory in quarantine, so
-// there the leak check is LeakSanitizer's, at the exit of every suite.
+// would add; for the turns 0-1 MB on Node.js 20 (newer lines' collectors size their heap differently and move it by
+// up to some 17 MB from run to run), against 200 MB when each replaced manager outlives its turn. Sanitizer
+// runtimes keep freed memory in quarantine, so there the leak check is LeakSanitizer's, at the exit of every suite.
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const path = require('node:path');
 const { spawnSync } = require('node:child_process');
 
 const BOUND_BYTES = 4 * 1024 * 1024;
-// A manager kept beyond its turn adds some 200 MB over the turns. The figure itself is 0-1 MB on Node.js 20; the
-// collector's heap sizing of newer lines moves it by up to some 17 MB from run to run.
 const TURNS_BOUND_BYTES = 48 * 1024 * 1024;
 const underSanitizer = /lib(a|t)san/.test(process.env.LD_PRELOAD || '');
 

@@ -28,15 +28,14 @@ const BURST = Number(process.env.ROVANTA_STRESS_BURST || 5000);
 const THREADS = 4;
 
 function countingListener() {
-  const seen = new Set();
   const listener = validListener({
+    seen: new Set(),
+    duplicates: 0,
     onDataReceive(sequence) {
-      if (seen.has(sequence)) listener.duplicates++;
-      seen.add(sequence);
+      if (listener.seen.has(sequence)) listener.duplicates++;
+      listener.seen.add(sequence);
     },
   });
-  listener.seen = seen;
-  listener.duplicates = 0;
   return listener;
 }
 

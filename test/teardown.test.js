@@ -38,15 +38,20 @@ const BUSY_MODULE = `${PRELUDE}
 `;
 
 test.describe('process teardown', () => {
-  test('process.exit while everything is in flight', () => {
-    assertCleanExit(runChild(`${BUSY_MODULE} makeBusy().then(() => setTimeout(() => process.exit(0), 20));`, { leakCheck: false }));
-  });
-
-  test('a normal end of the event loop while registration threads sleep and events are queued', () => {
-    const child = runChild(`${BUSY_MODULE} makeBusy().then(() => console.log('busy'));`);
-    assertCleanExit(child);
-    assert.match(child.stdout, /busy/);
-  });
+  // How the script ends while the module is busy: what follows makeBusy(), the child's options and exit status,
+  // and what its output must show.
+  const endings = [
+    ['process.exit while everything is in flight', 'setTimeout(() => process.exit(0), 20)', { leakCheck: false }, 0, ['stdout', /^$/]],
+    ['a normal end of the event loop while registration threads sleep and events are queued', "console.log('busy')", {}, 0, ['stdout', /busy/]],
+    ['an uncaught error thrown while events and work are in flight', "setTimeout(() => { throw new Error('script failure'); }, 20)", { leakCheck: false }, 1, ['stderr', /script failure/]],
+  ];
+  for (const [ending, next, options, status, [stream, shows]] of endings) {
+    test(ending, () => {
+      const child = runChild(`${BUSY_MODULE} makeBusy().then(() => ${next});`, options);
+      assertCleanExit(child, status);
+      assert.match(child[stream], shows);
+    });
+  }
 
   test('a listener that ends the process from inside its call', () => {
     const child = runChild(`${PRELUDE}
@@ -55,14 +60,6 @@ test.describe('process teardown', () => {
       registered().then(() => host.carService.emitMany({ callback: 'OnDeviceChange', args: [1], count: 1000, threads: 2 }));
     `, { leakCheck: false });
     assertCleanExit(child, 3);
-  });
-
-  test('an uncaught error thrown while events and work are in flight', () => {
-    const child = runChild(`${BUSY_MODULE}
-      makeBusy().then(() => setTimeout(() => { throw new Error('script failure'); }, 20));
-    `, { leakCheck: false });
-    assertCleanExit(child, 1);
-    assert.match(child.stderr, /script failure/);
   });
 });
 
@@ -136,12 +133,12 @@ test.describe('worker threads', () => {
       })().catch((error) => { console.error(error); process.exit(2); });
     `, { leakCheck: !leavesWork });
     assertCleanExit(child);
-    const result = JSON.parse(child.stdout.trim().split('\n').pop());
-    assert.equal(result.report.code, 0);
-    assert.deepEqual(result.report.modes, { NO_PERCEPTION_DISCOVERY: 1, BLUETOOTH_DISCOVERY: 2, USB_DISCOVERY: 3, QR_DISCOVERY: 4 });
-    assert.deepEqual(result.report.events, [], 'events are delivered on the main thread only');
-    assert.deepEqual(result.seen, [5]);
-    assert.equal(result.main, 0);
+    // Events are delivered on the main thread only: the worker's listener sees none.
+    assert.deepEqual(JSON.parse(child.stdout.trim().split('\n').pop()), {
+      report: { code: 0, events: [], modes: { NO_PERCEPTION_DISCOVERY: 1, BLUETOOTH_DISCOVERY: 2, USB_DISCOVERY: 3, QR_DISCOVERY: 4 } },
+      seen: [5],
+      main: 0,
+    });
   }
 
   test('a worker loads the module, runs operations and ends; its references go with it', () => runWorkerScenario(false));

@@ -44,15 +44,8 @@ function validListener(extra = {}) {
   return { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {}, ...extra };
 }
 
-const LISTENER_FUNCTIONS = [
-  'onBindResult',
-  'onDataReceive',
-  'onDeviceStateChange',
-  'onDeviceChange',
-  'onDeviceServiceStateChange',
-  'onSurfaceTransferOnEvent',
-  'onDisconnectResult',
-];
+const LISTENER_FUNCTIONS = ['onBindResult', 'onDataReceive', 'onDeviceStateChange', 'onDeviceChange',
+  'onDeviceServiceStateChange', 'onSurfaceTransferOnEvent', 'onDisconnectResult'];
 
 // A listener whose seven functions record every call with its receiver, in one shared journal.
 function recordingListener(journal, session = '') {
@@ -108,7 +101,6 @@ module.exports = {
   rovanta,
   CONNECT_PERMISSION,
   ENGINE_PERMISSION,
-  LOG_DOMAIN,
   LEVEL,
   METHODS,
   validListener,
