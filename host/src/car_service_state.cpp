@@ -101,7 +101,6 @@ std::string Signature(const CallbackSlot &slot)
     }
     return signature + ")";
 }
-
 } // namespace
 
 class Service::Playback {
