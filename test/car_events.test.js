@@ -287,6 +287,11 @@ test.describe('order and re-entry', () => {
     await emitAndDeliver('OnDeviceChange', 2);
     assert.deepEqual(journal.map((e) => e.session), ['a', 'b']);
     assert.ok(replacement instanceof rovanta.CarAdapterClient);
+    // The replaced manager is destroyed, but only after the delivery it was running: after session b's call.
+    const destructorLine = '~ConnectListenerManager# ConnectListenerManager destructor';
+    await until(() => texts().includes(destructorLine), 'the destruction of the replaced manager');
+    const lines = texts();
+    assert.ok(lines.indexOf(destructorLine) > lines.lastIndexOf('OnDeviceChange# CarConnectListener OnDeviceChange.'), lines.join('\n'));
   });
 
   test('a listener that throws is logged; the other listeners and later events still arrive', async () => {

@@ -59,6 +59,8 @@ public:
     // The handler that sent the event, held weakly: null once that handler is gone.
     std::shared_ptr<EventHandler> GetOwner() const;
     void SetOwner(const std::shared_ptr<EventHandler> &owner);
+    // Host only: the same from a weak reference, which the handler can give without taking a strong one first.
+    void SetOwner(std::weak_ptr<EventHandler> owner);
 
     const TimePoint &GetHandleTime() const;
     void SetHandleTime(const TimePoint &handleTime);

@@ -28,7 +28,8 @@ bool EventHandler::SendEvent(InnerEvent::Pointer &event, int64_t delayTime, Prio
     if (!event || !eventRunner_) {
         return false;
     }
-    event->SetOwner(shared_from_this());
+    // A weak reference is all the event keeps: one count taken instead of a strong one taken and given back.
+    event->SetOwner(weak_from_this());
     event->SetHandleTime(InnerEvent::Clock::now() + std::chrono::milliseconds(std::max<int64_t>(delayTime, 0)));
     return eventRunner_->Insert(event, priority);
 }

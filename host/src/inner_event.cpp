@@ -67,6 +67,11 @@ void InnerEvent::SetOwner(const std::shared_ptr<EventHandler> &owner)
     owner_ = owner;
 }
 
+void InnerEvent::SetOwner(std::weak_ptr<EventHandler> owner)
+{
+    owner_ = std::move(owner);
+}
+
 const InnerEvent::TimePoint &InnerEvent::GetHandleTime() const
 {
     return handleTime_;

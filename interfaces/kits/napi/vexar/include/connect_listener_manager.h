@@ -17,6 +17,7 @@
 #define INTERFACES_KITS_NAPI_VEXAR_INCLUDE_CONNECT_LISTENER_MANAGER_H
 
 #include <atomic>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -32,7 +33,7 @@
 namespace OHOS {
 namespace TravelService {
 // Owns the script listeners of every session and moves service events onto the script main thread.
-class ConnectListenerManager : public std::enable_shared_from_this<ConnectListenerManager> {
+class ConnectListenerManager {
 public:
     ConnectListenerManager(napi_env env, napi_ref thisVarRef);
     ~ConnectListenerManager();
@@ -59,8 +60,14 @@ public:
     {
         return envThread_;
     }
+    // Whether this manager's delivery task is running on the calling thread: it must not be destroyed there now.
+    bool IsDelivering() const;
 
 private:
+    // The delivery task of the manager numbered `serial`: publishes `event` if that manager is alive on the calling
+    // thread and not retired.
+    static void Deliver(uint64_t serial, const nlohmann::json &event);
+
     napi_env env_ = nullptr;
     napi_ref thisVarRef_ = nullptr;
     std::map<std::string, std::shared_ptr<CarConnectListener>> listeners_;
@@ -70,6 +77,10 @@ private:
     // The thread of env_: the only one on which its script values may be touched.
     std::thread::id envThread_;
     std::atomic<bool> retired_{false};
+    // Never reused within the process: delivery tasks name their manager by it.
+    uint64_t serial_ = 0;
+    // The next older manager alive on the thread of env_.
+    ConnectListenerManager *nextOnThread_ = nullptr;
 };
 } // namespace TravelService
 } // namespace OHOS

@@ -156,11 +156,11 @@ void DisposeRetiredManagers(napi_env env, napi_value, void *, void *)
 }
 
 // Called with the lock held, for a reference that may be the manager's last. Returns it for the caller to destroy
-// outside the lock when this is the manager's own thread; from any other thread it is handed to its
-// environment's disposer, or kept in `withoutDisposer` when the environment has none.
+// outside the lock when this is the manager's own thread and no delivery of it is running there; otherwise it is
+// handed to its environment's disposer, or kept in `withoutDisposer` when the environment has none.
 ManagerPtr DisposeOnOwnThreadLocked(ManagerPtr manager, std::vector<ManagerPtr> &withoutDisposer)
 {
-    if (manager->GetEnvThread() == std::this_thread::get_id()) {
+    if (manager->GetEnvThread() == std::this_thread::get_id() && !manager->IsDelivering()) {
         return manager;
     }
     auto disposer = disposers.find(manager->GetEnv());

@@ -27,18 +27,36 @@ namespace {
 // Value 3 of the platform's priority scale (LOW on current releases).
 constexpr auto DELIVERY_PRIORITY = static_cast<AppExecFwk::EventQueue::Priority>(3);
 constexpr int64_t DELIVERY_DELAY_MS = 0;
+
+std::atomic<uint64_t> g_lastManagerSerial{0};
+// The managers alive on this thread, newest first, linked through their nextOnThread_. A manager is made and
+// destroyed only on the thread of its environment, the one thread on which its delivery tasks do anything, so a
+// task finds its manager here, or finds it gone, with no lock and no reference count shared with service threads.
+thread_local ConnectListenerManager *g_managersOfThread = nullptr;
+// The manager whose delivery task runs on this thread, if any. A listener may replace the adapter object from
+// inside its call; the manager being delivered then waits for its environment's disposer instead of being
+// destroyed under the running delivery.
+thread_local const ConnectListenerManager *g_deliveringManager = nullptr;
 } // namespace
 
 ConnectListenerManager::ConnectListenerManager(napi_env env, napi_ref thisVarRef)
-    : env_(env), thisVarRef_(thisVarRef), envThread_(std::this_thread::get_id())
+    : env_(env), thisVarRef_(thisVarRef), envThread_(std::this_thread::get_id()), serial_(++g_lastManagerSerial),
+      nextOnThread_(g_managersOfThread)
 {
     LOGI("ConnectListenerManager constructor");
+    g_managersOfThread = this;
     handler_ = std::make_shared<AppExecFwk::EventHandler>(AppExecFwk::EventRunner::GetMainEventRunner());
 }
 
 ConnectListenerManager::~ConnectListenerManager()
 {
     LOGI("ConnectListenerManager destructor");
+    for (ConnectListenerManager **link = &g_managersOfThread; *link != nullptr; link = &(*link)->nextOnThread_) {
+        if (*link == this) {
+            *link = nextOnThread_;
+            break;
+        }
+    }
     if (thisVarRef_ != nullptr) {
         (void)napi_delete_reference(env_, thisVarRef_);
         thisVarRef_ = nullptr;
@@ -70,20 +88,11 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
     // another only for what must keep its order: the entry line and the post, which make the order of the lines
     // the order of delivery. Nothing of it is seen before the post.
     // The task owns the one copy of the event through a shared pointer, so that the copies the platform makes of
-    // the task on its way to the main thread copy no event. It holds the manager weakly: a manager replaced before
-    // its tasks run, destroyed or not yet, is never reached. It is locked only on the thread of its environment, so
-    // that the last owner is never another thread.
+    // the task on its way to the main thread copy no event. It names the manager by its serial number, a weak
+    // reference: a manager replaced before its tasks run, destroyed or not yet, is never reached.
     auto eventCopy = std::make_shared<const nlohmann::json>(event);
-    std::weak_ptr<ConnectListenerManager> weakManager = weak_from_this();
-    std::thread::id envThread = envThread_;
-    auto task = [weakManager, envThread, eventCopy]() {
-        if (std::this_thread::get_id() != envThread) {
-            return;
-        }
-        if (auto manager = weakManager.lock(); manager != nullptr && !manager->retired_) {
-            manager->PublishEvent(*eventCopy);
-        }
-    };
+    uint64_t serial = serial_;
+    auto task = [serial, eventCopy]() { Deliver(serial, *eventCopy); };
     auto innerEvent = AppExecFwk::InnerEvent::Get(std::move(task), "");
     std::lock_guard<std::mutex> lock(queueMutex_);
     LOGI("ConnectListenerManager QueueWork");
@@ -92,6 +101,25 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
         return;
     }
     handler_->SendEvent(innerEvent, DELIVERY_DELAY_MS, DELIVERY_PRIORITY);
+}
+
+void ConnectListenerManager::Deliver(uint64_t serial, const nlohmann::json &event)
+{
+    ConnectListenerManager *manager = g_managersOfThread;
+    while (manager != nullptr && manager->serial_ != serial) {
+        manager = manager->nextOnThread_;
+    }
+    if (manager == nullptr || manager->retired_) {
+        return;
+    }
+    g_deliveringManager = manager;
+    manager->PublishEvent(event);
+    g_deliveringManager = nullptr;
+}
+
+bool ConnectListenerManager::IsDelivering() const
+{
+    return g_deliveringManager == this;
 }
 
 void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
