@@ -15,7 +15,7 @@
 
 'use strict';
 
-// Instructions per call and per event, module and floor, counted by callgrind with V8's randomness fixed so that runs
+// Instructions per call and per event, module and floor (and, per call, the floor behind the gate's N-API steps), counted by callgrind with V8's randomness fixed so that runs
 // repeat. Run plainly, it starts itself under valgrind and prints the counts as JSON on stdout; under valgrind
 // (--counting) it runs the measured windows, each closed by the floor addon's instruction mark.
 //
@@ -29,7 +29,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { spawnSync } = require('node:child_process');
 const host = require('../host');
-const { setUp, PATHS } = require('./workloads');
+const { setUp, PATHS, isEventPath } = require('./workloads');
 const { median, summary } = require('./statistics');
 
 const MEASURED = { 'call, one at a time': 3000, 'event, 1 service thread': 5000 };
@@ -39,7 +39,7 @@ const LOG_MODES = [
   { name: 'log off', capacity: 0 },
   { name: 'log kept', capacity: host.hilog.capacity() },
 ];
-const TARGETS = ['floor', 'module'];
+const targetsOf = (name) => (isEventPath(name) ? ['floor', 'module'] : ['floor', 'module', 'gate']);
 const V8_FIXED_RANDOMNESS = ['--random_seed=20260101', '--hash_seed=20260101', '--single-threaded'];
 const outputDir = path.join(__dirname, '..', 'build', 'bench', 'callgrind');
 
@@ -47,7 +47,7 @@ async function warmUp(targets) {
   for (const mode of LOG_MODES) {
     host.hilog.setCapacity(mode.capacity);
     for (const name of Object.keys(MEASURED)) {
-      for (const targetName of TARGETS) await PATHS[name](targets[targetName], WARM_UP);
+      for (const targetName of targetsOf(name)) await PATHS[name](targets[targetName], WARM_UP);
     }
   }
 }
@@ -60,7 +60,7 @@ async function countWindows() {
     for (const mode of LOG_MODES) {
       host.hilog.setCapacity(mode.capacity);
       for (const [name, count] of Object.entries(MEASURED)) {
-        for (const targetName of TARGETS) {
+        for (const targetName of targetsOf(name)) {
           host.hilog.clear();
           host.carService.clearCalls();
           global.gc();
@@ -106,6 +106,10 @@ function readWindows(lineCounts) {
       const module = perOperation('module');
       const floor = perOperation('floor');
       const row = { path: name, log: mode.name, module: module.median, floor: floor.median, moduleSpread: module, floorSpread: floor };
+      if (targetsOf(name).includes('gate')) {
+        row.gateSpread = perOperation('gate');
+        row.gate = row.gateSpread.median;
+      }
       const kept = windowsOf('module').map((window) => {
         const printed = lineCounts.find((entry) => ['target', 'path', 'log', 'repeat'].every((key) => entry[key] === window[key]));
         return { window, lines: printed.lines };

@@ -70,7 +70,10 @@ async function measureRound(targets, name, count, order) {
   return result;
 }
 
-// Per round, the module's cost relative to the floor's: time ratio for calls, speed ratio for events.
+// Per round, the cost relative to the floor's: time ratio for calls, speed ratio for events. Each row is the module
+// or, on the call paths, the floor behind the gate's N-API steps (the `gate` target of bench/workloads.js).
+const GATE_LABEL = "floor + the gate's N-API steps";
+
 async function timings(targets, rounds) {
   const rows = [];
   for (const mode of LOG_MODES) {
@@ -78,22 +81,26 @@ async function timings(targets, rounds) {
     for (const name of Object.keys(PATHS)) {
       const event = isEventPath(name);
       const count = event ? COUNTS.event : COUNTS.call;
-      await measureRound(targets, name, Math.min(count, 2000), ['floor', 'module']);
+      const measured = event ? ['floor', 'module'] : ['floor', 'module', 'gate'];
+      await measureRound(targets, name, Math.min(count, 2000), measured);
       const perRound = [];
       for (let round = 0; round < rounds; round++) {
-        perRound.push(await measureRound(targets, name, count, round % 2 ? ['module', 'floor'] : ['floor', 'module']));
+        perRound.push(await measureRound(targets, name, count, round % 2 ? [...measured].reverse() : measured));
       }
-      const perOperation = (target) => perRound.map((round) => (round[target] / count) * 1e9);
-      const ratio = perRound.map((round) => (event ? round.floor / round.module : round.module / round.floor));
-      rows.push({
-        path: name,
-        log: mode.name,
-        unit: event ? 'speed vs floor' : 'time vs floor',
-        count,
-        moduleNs: summary(perOperation('module')),
-        floorNs: summary(perOperation('floor')),
-        ratio: summary(ratio),
-      });
+      const perOperation = (target) => summary(perRound.map((round) => (round[target] / count) * 1e9));
+      const ratio = (target) => summary(perRound.map((round) => (event ? round.floor / round[target] : round[target] / round.floor)));
+      for (const target of measured.slice(1)) {
+        rows.push({
+          path: name,
+          target: target === 'gate' ? GATE_LABEL : 'module',
+          log: mode.name,
+          unit: event ? 'speed vs floor' : 'time vs floor',
+          count,
+          targetNs: perOperation(target),
+          floorNs: perOperation('floor'),
+          ratio: ratio(target),
+        });
+      }
       console.error(`measured ${name}, ${mode.name}`);
     }
   }
@@ -196,12 +203,13 @@ function table(result) {
   const lines = [
     `Machine: ${result.machine}; ${result.rounds} rounds; median (min-max)${result.recordingOff ? '' : '; service call records cleared between measurements'}`,
     '',
-    '| path | log | module ns/op | floor ns/op | module vs floor |',
+    '| path | log | ns/op | floor ns/op | vs floor |',
     '|---|---|---|---|---|',
   ];
   for (const row of result.timings) {
+    const path = row.target === 'module' ? row.path : `${row.path}: ${row.target}`;
     lines.push(
-      `| ${row.path} | ${row.log} | ${spread(row.moduleNs, 0)} | ${spread(row.floorNs, 0)} | ${spread(row.ratio, 2)} x ${row.unit.replace(' vs floor', '')} |`,
+      `| ${path} | ${row.log} | ${spread(row.targetNs, 0)} | ${spread(row.floorNs, 0)} | ${spread(row.ratio, 2)} x ${row.unit.replace(' vs floor', '')} |`,
     );
   }
   const mib = (bytes) => fixed(bytes / 1048576, 2);
@@ -215,6 +223,9 @@ function table(result) {
   lines.push(`| script thread turns a second, ${flood.events} events from ${flood.threads} threads | log off | ${fixed(flood.turnsPerSecond, 0)} | | |`);
   for (const row of result.instructions || []) {
     lines.push(`| instructions, ${row.path} | ${row.log} | ${fixed(row.module, 0)} | ${fixed(row.floor, 0)} | ${fixed(row.module / row.floor, 2)} x |`);
+    if (row.gate !== undefined) {
+      lines.push(`| instructions, ${row.path}: ${GATE_LABEL} | ${row.log} | ${fixed(row.gate, 0)} | ${fixed(row.floor, 0)} | ${fixed(row.gate / row.floor, 2)} x |`);
+    }
   }
   for (const row of (result.instructions || []).filter((entry) => entry.perKeptLine)) {
     const kind = row.path.split(',')[0];
