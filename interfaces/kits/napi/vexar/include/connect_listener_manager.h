@@ -60,7 +60,8 @@ public:
     {
         return envThread_;
     }
-    // Whether this manager's delivery task is running on the calling thread: it must not be destroyed there now.
+    // Whether a delivery of this manager is running; called on the thread of env_ only. It must not be destroyed
+    // there now.
     bool IsDelivering() const;
 
 private:
@@ -81,6 +82,8 @@ private:
     uint64_t serial_ = 0;
     // The next older manager alive on the thread of env_.
     ConnectListenerManager *nextOnThread_ = nullptr;
+    // Deliveries of this manager running on the thread of env_, the only thread that reads or writes it.
+    int runningDeliveries_ = 0;
 };
 } // namespace TravelService
 } // namespace OHOS

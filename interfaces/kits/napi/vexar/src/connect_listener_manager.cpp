@@ -33,10 +33,6 @@ std::atomic<uint64_t> g_lastManagerSerial{0};
 // destroyed only on the thread of its environment, the one thread on which its delivery tasks do anything, so a
 // task finds its manager here, or finds it gone, with no lock and no reference count shared with service threads.
 thread_local ConnectListenerManager *g_managersOfThread = nullptr;
-// The manager whose delivery task runs on this thread, if any. A listener may replace the adapter object from
-// inside its call; the manager being delivered then waits for its environment's disposer instead of being
-// destroyed under the running delivery.
-thread_local const ConnectListenerManager *g_deliveringManager = nullptr;
 } // namespace
 
 ConnectListenerManager::ConnectListenerManager(napi_env env, napi_ref thisVarRef)
@@ -112,14 +108,16 @@ void ConnectListenerManager::Deliver(uint64_t serial, const nlohmann::json &even
     if (manager == nullptr || manager->retired_) {
         return;
     }
-    g_deliveringManager = manager;
+    // A listener may replace the adapter object from inside its call; the manager being delivered then waits for
+    // its environment's disposer instead of being destroyed under the running delivery.
+    ++manager->runningDeliveries_;
     manager->PublishEvent(event);
-    g_deliveringManager = nullptr;
+    --manager->runningDeliveries_;
 }
 
 bool ConnectListenerManager::IsDelivering() const
 {
-    return g_deliveringManager == this;
+    return runningDeliveries_ > 0;
 }
 
 void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
