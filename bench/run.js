@@ -19,7 +19,7 @@
 // speed of event delivery as medians and spread over several rounds, and the memory growth over 200,000 calls
 // and events; each with log capture off and at its default capacity. Prints a table and writes it as JSON to
 // build/bench/results.json. With --instructions, adds callgrind instruction counts (bench/instructions.js).
-// Options: --rounds N (default 5), --instructions. Prints figures; asserts nothing.
+// Options: --rounds N (default 9), --instructions. Prints figures; asserts nothing.
 const fs = require('node:fs');
 const os = require('node:os');
 const path = require('node:path');
@@ -235,7 +235,7 @@ function table(result) {
 }
 
 async function main() {
-  const rounds = option('--rounds', 5);
+  const rounds = option('--rounds', 9);
   const { targets, recordingOff } = await setUp();
   const result = { machine: machine(), date: new Date().toISOString(), rounds, recordingOff };
   result.timings = await timings(targets, rounds);
