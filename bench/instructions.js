@@ -15,9 +15,10 @@
 
 'use strict';
 
-// Instructions per call and per event, module and floor (and, per call, the floor behind the gate's N-API steps), counted by callgrind with V8's randomness fixed so that runs
-// repeat. Run plainly, it starts itself under valgrind and prints the counts as JSON on stdout; under valgrind
-// (--counting) it runs the measured windows, each closed by the floor addon's instruction mark.
+// Instructions per call and per event, module and floor (and, per call, the floor behind the gate's N-API steps),
+// counted by callgrind with V8's randomness fixed so that runs repeat. Run plainly, it starts itself under
+// valgrind and prints the counts as JSON on stdout; under valgrind (--counting) it runs the measured windows, each
+// closed by the floor addon's instruction mark.
 //
 // What makes a count repeat: every path runs on both targets in both log modes before the first counted window,
 // so that no window pays for V8 compiling the loop that drives it; a full collection before each window starts
