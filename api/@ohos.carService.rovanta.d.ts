@@ -18,6 +18,8 @@
  * car-connection service. Where the module departs from the habits of other system modules, the text says so:
  * its callbacks receive one number rather than an (error, data) pair, its errors carry their code as text, a wrong
  * argument count throws code "0", and listener registration reports bad input by returning undefined.
+ *
+ * @kit CarServiceKit
  */
 
 /**
