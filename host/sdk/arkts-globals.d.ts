@@ -13,8 +13,8 @@
  * limitations under the License.
  */
 
-// What the SDK declares globally for ArkTS code that this project's .ets files use: the console and the few UI
-// components, decorators and attribute classes of a test package's page. The ArkTS linter reads these in place
+// What the SDK declares globally for ArkTS code that this project's .ets files use: the console, the timers and
+// the few UI components, decorators and attribute classes of a test package's page. The ArkTS linter reads these in place
 // of the SDK.
 declare class console {
   static debug(message: string, ...args: string[]): void;
@@ -23,6 +23,9 @@ declare class console {
   static warn(message: string, ...args: string[]): void;
   static error(message: string, ...args: string[]): void;
 }
+
+declare function setTimeout(handler: () => void, delay?: number): number;
+declare function clearTimeout(timeoutId?: number): void;
 
 declare const Entry: ClassDecorator;
 declare const Component: ClassDecorator;
