@@ -16,26 +16,46 @@
 
 // Module hooks of the host's stand-in of the platform's script test runner: an
 // '@ohos.<name>' import yields the native module <name> as the platform loader
-// finds it, and the test framework and the suites, written as the device's
-// ES modules (relative imports without extensions), load as ES modules.
+// finds it, '@ohos/hypium' the test framework, and ArkTS sources (.ets, .ts)
+// load as the ES modules the platform's compiler makes of them. As on the
+// device, relative imports name no extension: from the framework they mean
+// .js files, from ArkTS sources .ets or else .ts files.
+import fs from 'node:fs';
 import { fileURLToPath, pathToFileURL } from 'node:url';
 import path from 'node:path';
+
+import { transpileArkts } from './arkts.mjs';
 
 const repoRoot = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '..');
 const hostIndexUrl = pathToFileURL(path.join(repoRoot, 'host', 'index.js')).href;
 const frameworkUrl = pathToFileURL(path.join(repoRoot, 'node_modules', '@ohos', 'hypium')).href + '/';
-const suitesUrl = pathToFileURL(path.join(repoRoot, 'test', 'unittest', 'js')).href + '/';
 const NATIVE_SCHEME = 'ohos-native-module:';
+const ARKTS_EXTENSIONS = ['.ets', '.ts'];
 
-const isDeviceModule = (url) => url.startsWith(frameworkUrl) || url.startsWith(suitesUrl);
+const isArkts = (url) => url.startsWith('file:') && ARKTS_EXTENSIONS.includes(path.extname(new URL(url).pathname));
+
+// The file a relative import of a device module means ('./List.test' is
+// List.test.ets beside an ArkTS source).
+function withExtension(specifier, parentURL) {
+  if (parentURL.startsWith(frameworkUrl)) {
+    return path.extname(specifier) === '' ? `${specifier}.js` : specifier;
+  }
+  const base = fileURLToPath(new URL(specifier, parentURL));
+  const extension = ARKTS_EXTENSIONS.find((candidate) => fs.existsSync(base + candidate));
+  return extension === undefined ? specifier : specifier + extension;
+}
 
 export async function resolve(specifier, context, nextResolve) {
   if (specifier.startsWith('@ohos.')) {
     return { url: NATIVE_SCHEME + specifier.slice('@ohos.'.length), shortCircuit: true };
   }
+  if (specifier === '@ohos/hypium') {
+    return { url: `${frameworkUrl}index.js`, shortCircuit: true };
+  }
   const relative = specifier.startsWith('./') || specifier.startsWith('../');
-  if (relative && context.parentURL && isDeviceModule(context.parentURL) && path.extname(specifier) === '') {
-    return nextResolve(`${specifier}.js`, context);
+  const fromDevice = context.parentURL && (context.parentURL.startsWith(frameworkUrl) || isArkts(context.parentURL));
+  if (relative && fromDevice) {
+    return nextResolve(withExtension(specifier, context.parentURL), context);
   }
   return nextResolve(specifier, context);
 }
@@ -49,7 +69,12 @@ export async function load(url, context, nextLoad) {
       `export default host.requireNapi(${JSON.stringify(name)});\n`;
     return { format: 'module', source, shortCircuit: true };
   }
-  if (isDeviceModule(url)) {
+  if (isArkts(url)) {
+    const file = fileURLToPath(url);
+    const source = transpileArkts(fs.readFileSync(file, 'utf8'), path.basename(file));
+    return { format: 'module', source, shortCircuit: true };
+  }
+  if (url.startsWith(frameworkUrl)) {
     return nextLoad(url, { ...context, format: 'module' });
   }
   return nextLoad(url, context);

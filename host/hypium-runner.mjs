@@ -14,22 +14,28 @@
  */
 
 
-// Stand-in of the platform's script test runner: runs a script test package's
-// suites with the platform's framework, as the device's test ability does, and
-// reports through a stand-in of the ability delegator.
+// Stand-in of the platform's script test runner: runs a stage test package's
+// ArkTS suites, compiled by the platform's compiler, with the platform's
+// framework as the package's test ability does (Hypium.hypiumTest with the
+// testsuite() of its List.test.ets), and reports through a stand-in of the
+// ability delegator.
 //
 // Usage: node host/hypium-runner.mjs [LIST_FILE]
-//   LIST_FILE exports the package's testsuite() (default test/unittest/js/List.test.js).
-// Prints one line per case and the summary; exits 1 unless every case passed.
+//   LIST_FILE exports the package's testsuite()
+//   (default test/unittest/js/entry/src/main/ets/test/List.test.ets).
+// Prints one line per case and the summary; exits 1 unless every case passed,
+// and also when the package registers no suite or a suite registers no case:
+// on a device such a suite passes without checking anything.
 import { register } from 'node:module';
 import path from 'node:path';
 import { fileURLToPath, pathToFileURL } from 'node:url';
 
 const repoRoot = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '..');
-const listFile = path.resolve(process.argv[2] ?? path.join(repoRoot, 'test/unittest/js/List.test.js'));
+const defaultList = 'test/unittest/js/entry/src/main/ets/test/List.test.ets';
+const listFile = path.resolve(process.argv[2] ?? path.join(repoRoot, defaultList));
 
 register('./hypium-hooks.mjs', import.meta.url);
-const { Hypium } = await import('@ohos/hypium');
+const { Core, Hypium } = await import('@ohos/hypium');
 const testsuite = (await import(pathToFileURL(listFile).href)).default;
 
 // The framework's progress and its assertions' traces go to the device log;
@@ -55,7 +61,7 @@ function report(message) {
     print(summary);
     const counts = Object.fromEntries(summary.split(', ').map((field) => field.split(': ')));
     const passed = Number(counts['Tests run']) > 0 && counts.Failure === '0' && counts.Error === '0';
-    process.exitCode = passed ? 0 : 1;
+    process.exitCode = passed && registrationFaults.length === 0 ? 0 : 1;
   }
 }
 
@@ -76,4 +82,26 @@ const abilityDelegatorArguments = {
   testRunnerClassName: 'OpenHarmonyTestRunner',
 };
 
-Hypium.hypiumTest(abilityDelegator, abilityDelegatorArguments, testsuite);
+// The suites that hold no case, at any depth: the framework runs them as passed.
+function emptySuites(suite) {
+  const empty = suite.childSuites.flatMap(emptySuites);
+  const cases = (s) => s.specs.length + s.childSuites.reduce((sum, child) => sum + cases(child), 0);
+  return cases(suite) === 0 ? [suite.description, ...empty] : empty;
+}
+
+// Registers the package's suites, as testsuite() does on the device, and
+// notes a package without suites and every suite without cases.
+const registrationFaults = [];
+function checkedTestsuite() {
+  testsuite();
+  const root = Core.getInstance().getDefaultService('suite').rootSuite;
+  if (root.childSuites.length === 0) {
+    registrationFaults.push(`${path.relative(repoRoot, listFile)} registers no suite`);
+  }
+  for (const name of root.childSuites.flatMap(emptySuites)) {
+    registrationFaults.push(`suite ${name} registers no case`);
+  }
+  registrationFaults.forEach((fault) => print(`not ok ${fault}`));
+}
+
+Hypium.hypiumTest(abilityDelegator, abilityDelegatorArguments, checkedTestsuite);

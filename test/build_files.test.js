@@ -81,6 +81,19 @@ function scratchDir(prefix) {
 }
 after(() => scratchDirs.forEach((dir) => fs.rmSync(dir, { recursive: true, force: true })));
 
+// A copy of the part's build files and device tests; sources are not needed to generate.
+function partCopy() {
+  const partDir = scratchDir('rovanta-part-');
+  fs.copyFileSync(path.join(repoRoot, 'bundle.json'), path.join(partDir, 'bundle.json'));
+  fs.mkdirSync(path.join(partDir, moduleDir), { recursive: true });
+  fs.copyFileSync(path.join(repoRoot, moduleDir, 'BUILD.gn'), path.join(partDir, moduleDir, 'BUILD.gn'));
+  for (const label of bundle.component.build.test) {
+    const testDir = label.slice(partLabel.length + 1).split(':')[0];
+    fs.cpSync(path.join(repoRoot, testDir), path.join(partDir, testDir), { recursive: true });
+  }
+  return partDir;
+}
+
 describe('GN files', () => {
   for (const file of findGnFiles(repoRoot)) {
     const relativePath = path.relative(repoRoot, file);
@@ -146,17 +159,11 @@ describe('the stand-in platform build refuses what the platform refuses', () => 
     ['another subsystem', 'subsystem_name = "carservice"', 'subsystem_name = "other"', 'is not "carservice"'],
   ];
 
-  // A copy of the part whose BUILD.gn has one change; sources are not needed to generate.
+  // A copy of the part whose BUILD.gn has one change.
   function partWith(search, replacement) {
     assert.ok(original.includes(search), `${buildFile} no longer holds ${search}`);
-    const partDir = scratchDir('rovanta-part-');
-    fs.copyFileSync(path.join(repoRoot, 'bundle.json'), path.join(partDir, 'bundle.json'));
-    fs.mkdirSync(path.join(partDir, moduleDir), { recursive: true });
+    const partDir = partCopy();
     fs.writeFileSync(path.join(partDir, buildFile), original.replace(search, replacement));
-    for (const label of bundle.component.build.test) {
-      const testDir = label.slice(partLabel.length + 1).split(':')[0];
-      fs.cpSync(path.join(repoRoot, testDir), path.join(partDir, testDir), { recursive: true });
-    }
     return partDir;
   }
 
@@ -165,6 +172,32 @@ describe('the stand-in platform build refuses what the platform refuses', () => 
       const gen = gnGen(scratchDir('rovanta-gn-'), partWith(search, replacement));
       assert.notEqual(gen.status, 0, `gn gen accepted ${fault}`);
       assert.match(gen.output, new RegExp(message.replace(/[.*+?^${}()|[\]\\]/g, '\\$&')));
+    });
+  }
+});
+
+describe('the stand-in platform build refuses a stage test package the platform cannot build', () => {
+  const stageDir = path.join('test', 'unittest', 'js');
+  const stageBuildFile = path.join(stageDir, 'BUILD.gn');
+  const withoutLine = (line) => (partDir) => {
+    const file = path.join(partDir, stageBuildFile);
+    const text = fs.readFileSync(file, 'utf8');
+    assert.ok(text.includes(line), `${stageBuildFile} no longer holds ${line}`);
+    fs.writeFileSync(file, text.replace(line, ''));
+  };
+  const withoutFile = (file) => (partDir) => fs.rmSync(path.join(partDir, stageDir, file), { recursive: true });
+  const cases = [
+    ['without hap_name', withoutLine('  hap_name = "RovantaJsTest"\n'), 'hap_name is required'],
+    ['without its test runner', withoutFile('entry/src/main/ets/TestRunner/OpenHarmonyTestRunner.ts'), 'OpenHarmonyTestRunner.ts'],
+    ['without its app scope resources', withoutFile('AppScope/resources'), 'no such folder'],
+  ];
+  for (const [fault, change, message] of cases) {
+    it(`refuses the package ${fault}`, () => {
+      const partDir = partCopy();
+      change(partDir);
+      const gen = gnGen(scratchDir('rovanta-gn-'), partDir);
+      assert.notEqual(gen.status, 0, `gn gen accepted the package ${fault}`);
+      assert.ok(gen.output.includes(message), gen.output);
     });
   }
 });
