@@ -25,6 +25,8 @@ const test = require('node:test');
 const assert = require('node:assert/strict');
 
 const runner = path.join(__dirname, '..', 'host', 'hypium-runner.mjs');
+// The runner is a Node.js program, as the host's scripts are: under Bun or Deno this suite starts the node on PATH.
+const node = process.versions.bun || process.versions.deno ? 'node' : process.execPath;
 
 // Runs a package whose List.test.ets calls the suite of Suite.test.ets, whose body is `suiteBody`.
 function runPackage(t, suiteBody) {
@@ -39,7 +41,7 @@ function runPackage(t, suiteBody) {
     "import { describe, it, expect } from '@ohos/hypium';\n" +
       `export default function suite(): void {\n${suiteBody}\n}\n`,
   );
-  const run = spawnSync(process.execPath, [runner, path.join(dir, 'List.test.ets')], { encoding: 'utf8' });
+  const run = spawnSync(node, [runner, path.join(dir, 'List.test.ets')], { encoding: 'utf8' });
   return { status: run.status, output: run.stdout + run.stderr };
 }
 
