@@ -17,9 +17,15 @@
 #define HOST_INCLUDE_NAPI_NATIVE_API_H
 
 // Public Node-API kit header of the platform. The host uses the Node-API of Node.js itself. The platform also
-// defines NAPI_EXPERIMENTAL, which with the Node 20 headers changes the finalizer signature, so it is left out.
+// defines NAPI_EXPERIMENTAL, which with Node's own headers makes finalizers take a const env, where the
+// platform's keep the plain one: the plain build leaves it out, the device profile (Node 18.20's headers, as the
+// platform's) defines it and opts out of the const env.
 #ifndef NAPI_VERSION
 #define NAPI_VERSION 8
+#endif
+#if defined(ROVANTA_DEVICE_PROFILE) && !defined(NAPI_EXPERIMENTAL)
+#define NAPI_EXPERIMENTAL
+#define NODE_API_EXPERIMENTAL_NOGC_ENV_OPT_OUT
 #endif
 
 #include <node_api.h>
