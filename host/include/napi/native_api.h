@@ -30,4 +30,22 @@
 
 #include <node_api.h>
 
+#ifdef ROVANTA_DEVICE_PROFILE
+// The device's engine differs from Node's in these functions; the device profile calls a layer that behaves as
+// the device's does (host/src/device/device_napi.cpp).
+#include "ohos_host/device_napi.h"
+#define napi_wrap ohos_device_napi_wrap
+#define napi_unwrap ohos_device_napi_unwrap
+#define napi_remove_wrap ohos_device_napi_remove_wrap
+#define napi_create_reference ohos_device_napi_create_reference
+#define napi_get_reference_value ohos_device_napi_get_reference_value
+#define napi_throw_error ohos_device_napi_throw_error
+#define napi_create_error ohos_device_napi_create_error
+#define napi_get_last_error_info ohos_device_napi_get_last_error_info
+#define napi_get_property_names ohos_device_napi_get_property_names
+#define napi_create_async_work ohos_device_napi_create_async_work
+#define napi_queue_async_work ohos_device_napi_queue_async_work
+#define napi_get_value_string_utf8 ohos_device_napi_get_value_string_utf8
+#endif
+
 #endif // HOST_INCLUDE_NAPI_NATIVE_API_H
