@@ -215,24 +215,28 @@ napi_value StringWithoutLength(napi_env env, napi_callback_info info)
     return Answer(env, napi_get_value_string_utf8(env, FirstArgument(env, info), buffer, sizeof(buffer), nullptr));
 }
 
+constexpr napi_property_descriptor Method(const char *name, napi_callback callback)
+{
+    return {name, nullptr, callback, nullptr, nullptr, nullptr, napi_default, nullptr};
+}
+
 napi_value Init(napi_env env, napi_value exports)
 {
     const napi_property_descriptor functions[] = {
-        {"wrapReferenceCount", nullptr, WrapReferenceCount, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"rewrap", nullptr, Rewrap, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"unwrap", nullptr, Unwrap, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"removeWrapWithResult", nullptr, RemoveWrapWithResult, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"removeWrapWithoutResult", nullptr, RemoveWrapWithoutResult, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"referenceTo", nullptr, ReferenceTo, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"throwTwice", nullptr, ThrowTwice, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"lastThrowStatus", nullptr, LastThrowStatus, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"errorWithCode", nullptr, ErrorWithCode, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"stringReadError", nullptr, StringReadError, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"unwrapError", nullptr, UnwrapError, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"propertyNames", nullptr, PropertyNames, nullptr, nullptr, nullptr, napi_default, nullptr},
-        {"asyncWorkWithoutCompletion", nullptr, AsyncWorkWithoutCompletion, nullptr, nullptr, nullptr, napi_default,
-         nullptr},
-        {"stringWithoutLength", nullptr, StringWithoutLength, nullptr, nullptr, nullptr, napi_default, nullptr},
+        Method("wrapReferenceCount", WrapReferenceCount),
+        Method("rewrap", Rewrap),
+        Method("unwrap", Unwrap),
+        Method("removeWrapWithResult", RemoveWrapWithResult),
+        Method("removeWrapWithoutResult", RemoveWrapWithoutResult),
+        Method("referenceTo", ReferenceTo),
+        Method("throwTwice", ThrowTwice),
+        Method("lastThrowStatus", LastThrowStatus),
+        Method("errorWithCode", ErrorWithCode),
+        Method("stringReadError", StringReadError),
+        Method("unwrapError", UnwrapError),
+        Method("propertyNames", PropertyNames),
+        Method("asyncWorkWithoutCompletion", AsyncWorkWithoutCompletion),
+        Method("stringWithoutLength", StringWithoutLength),
     };
     (void)napi_define_properties(env, exports, sizeof(functions) / sizeof(functions[0]), functions);
     return exports;

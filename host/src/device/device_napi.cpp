@@ -56,6 +56,11 @@ napi_status Decide(napi_env env, napi_status status)
     return status;
 }
 
+napi_status InvalidArg(napi_env env)
+{
+    return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
+}
+
 napi_status Passed(napi_status status)
 {
     g_decidedStatus = napi_ok;
@@ -73,6 +78,24 @@ void RunWrapFinalizer(napi_env env, void *data, void *)
     auto *record = static_cast<WrapRecord *>(data);
     record->finalize(env, record->nativeObject, record->hint);
     delete record;
+}
+
+// The checks and answers that napi_unwrap and napi_remove_wrap share: the native object behind `object` into
+// `result` (null when never wrapped), its wrap record into `record`, which `remove` takes off the object.
+napi_status FindWrap(napi_env env, napi_value object, void **result, bool remove, WrapRecord **record)
+{
+    if (env == nullptr || object == nullptr || result == nullptr) {
+        return InvalidArg(env);
+    }
+    if (!IsObjectType(env, object)) {
+        return Decide(env, napi_object_expected);
+    }
+    void *data = nullptr;
+    if ((remove ? napi_remove_wrap(env, object, &data) : napi_unwrap(env, object, &data)) == napi_ok) {
+        *record = static_cast<WrapRecord *>(data);
+    }
+    *result = *record == nullptr ? nullptr : (*record)->nativeObject;
+    return Decide(env, napi_ok);
 }
 
 // The device's texts for the statuses it names; others keep Node's text.
@@ -104,7 +127,7 @@ napi_status ohos_device_napi_wrap(napi_env env, napi_value object, void *nativeO
                                   void *hint, napi_ref *result)
 {
     if (env == nullptr || object == nullptr || nativeObject == nullptr || finalize == nullptr) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
+        return InvalidArg(env);
     }
     if (!IsObjectType(env, object)) {
         return Decide(env, napi_object_expected);
@@ -129,37 +152,20 @@ napi_status ohos_device_napi_wrap(napi_env env, napi_value object, void *nativeO
 // An object never wrapped answers ok with a null result; a value that is not an object, napi_object_expected.
 napi_status ohos_device_napi_unwrap(napi_env env, napi_value object, void **result)
 {
-    if (env == nullptr || object == nullptr || result == nullptr) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
-    }
-    if (!IsObjectType(env, object)) {
-        return Decide(env, napi_object_expected);
-    }
-    void *data = nullptr;
-    *result = nullptr;
-    if (napi_unwrap(env, object, &data) == napi_ok) {
-        *result = static_cast<WrapRecord *>(data)->nativeObject;
-    }
-    return Decide(env, napi_ok);
+    WrapRecord *record = nullptr;
+    return FindWrap(env, object, result, false, &record);
 }
 
 // result is required: without it the wrap stays. Removing runs the finalizer at once; not wrapped: ok, null.
 napi_status ohos_device_napi_remove_wrap(napi_env env, napi_value object, void **result)
 {
-    if (env == nullptr || object == nullptr || result == nullptr) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
-    }
-    if (!IsObjectType(env, object)) {
-        return Decide(env, napi_object_expected);
-    }
-    void *data = nullptr;
-    *result = nullptr;
-    if (napi_remove_wrap(env, object, &data) == napi_ok) {
-        auto *record = static_cast<WrapRecord *>(data);
-        *result = record->nativeObject;
+    WrapRecord *record = nullptr;
+    napi_status status = FindWrap(env, object, result, true, &record);
+    if (record != nullptr) {
         RunWrapFinalizer(env, record, nullptr);
+        return Decide(env, status);
     }
-    return Decide(env, napi_ok);
+    return status;
 }
 
 // Any value may be referenced: a primitive is held by a tagged holder object.
@@ -168,7 +174,7 @@ napi_status ohos_device_napi_create_reference(napi_env env, napi_value value, ui
 {
     napi_valuetype type = napi_undefined;
     if (env == nullptr || value == nullptr || result == nullptr || napi_typeof(env, value, &type) != napi_ok) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
+        return InvalidArg(env);
     }
     napi_value referenced = value;
     if (type != napi_object && type != napi_function && type != napi_symbol && type != napi_external) {
@@ -201,7 +207,7 @@ napi_status ohos_device_napi_get_reference_value(napi_env env, napi_ref ref, nap
 napi_status ohos_device_napi_throw_error(napi_env env, const char *code, const char *message)
 {
     if (env == nullptr || message == nullptr) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
+        return InvalidArg(env);
     }
     bool pending = false;
     if (napi_is_exception_pending(env, &pending) == napi_ok && pending) {
@@ -219,7 +225,7 @@ napi_status ohos_device_napi_create_error(napi_env env, napi_value code, napi_va
     if (env == nullptr || message == nullptr || result == nullptr ||
         napi_typeof(env, message, &messageType) != napi_ok || messageType != napi_string ||
         (code != nullptr && napi_typeof(env, code, &codeType) != napi_ok)) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
+        return InvalidArg(env);
     }
     if (code == nullptr || codeType != napi_number) {
         return Passed(napi_create_error(env, code, message, result));
@@ -267,7 +273,7 @@ napi_status ohos_device_napi_create_async_work(napi_env env, napi_value asyncRes
                                                napi_async_work *result)
 {
     if (env == nullptr || complete == nullptr) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
+        return InvalidArg(env);
     }
     return Passed(napi_create_async_work(env, asyncResource, asyncResourceName, execute, complete, data, result));
 }
@@ -284,7 +290,7 @@ napi_status ohos_device_napi_get_value_string_utf8(napi_env env, napi_value valu
                                                    size_t *result)
 {
     if (env == nullptr || result == nullptr) {
-        return env == nullptr ? napi_invalid_arg : Decide(env, napi_invalid_arg);
+        return InvalidArg(env);
     }
     return Passed(napi_get_value_string_utf8(env, value, buffer, bufferSize, result));
 }
