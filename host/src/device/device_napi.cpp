@@ -168,7 +168,7 @@ napi_status ohos_device_napi_remove_wrap(napi_env env, napi_value object, void *
     return status;
 }
 
-// Any value may be referenced: a primitive is held by a tagged holder object.
+// Any value may be referenced: one that Node refuses (a primitive, an external) is held by a tagged holder object.
 napi_status ohos_device_napi_create_reference(napi_env env, napi_value value, uint32_t initialRefcount,
                                               napi_ref *result)
 {
@@ -177,7 +177,7 @@ napi_status ohos_device_napi_create_reference(napi_env env, napi_value value, ui
         return InvalidArg(env);
     }
     napi_value referenced = value;
-    if (type != napi_object && type != napi_function && type != napi_symbol && type != napi_external) {
+    if (type != napi_object && type != napi_function && type != napi_symbol) {
         napi_status status = napi_create_object(env, &referenced);
         if (status == napi_ok) {
             status = napi_type_tag_object(env, referenced, &PRIMITIVE_HOLDER_TAG);
