@@ -135,6 +135,25 @@ describe('the part in a platform tree', () => {
     assert.ok(moduleTarget.cflags_cc.includes('-fno-rtti'), 'RTTI is on');
   });
 
+  it('links the module with the version script of module libraries, and the library exports only what it keeps', (t) => {
+    assert.ok(
+      moduleTarget.ldflags.some((flag) => flag.endsWith('/build/templates/cxx/napi.versionscript')),
+      `no napi version script among ${moduleTarget.ldflags}`,
+    );
+    const library = path.join(repoRoot, 'build/gn/root/lib/module', modulePath);
+    if (!fs.existsSync(library)) {
+      t.skip('the module has not been built with GN (npm run build:gn)');
+      return;
+    }
+    // What the platform's version script for module libraries keeps global; all else is local.
+    const kept = [/^_init$/, /^_fini$/, /^NAPI_.*_GetABCCode$/, /^NAPI_.*_GetJSCode$/, /delegator_E$/, /instance_E$/,
+      /mutex_E$/, /_NewInstance$/, /_GetNativeObject$/];
+    const nm = run('nm', ['-D', '--defined-only', library]);
+    assert.equal(nm.status, 0, nm.stderr);
+    const exported = nm.stdout.split('\n').filter(Boolean).map((line) => line.split(' ').pop());
+    assert.deepEqual(exported.filter((symbol) => !kept.some((pattern) => pattern.test(symbol))), []);
+  });
+
   it('builds the device test targets that bundle.json lists', () => {
     assert.ok(bundle.component.build.test?.length > 0, 'bundle.json lists no build.test');
     for (const label of bundle.component.build.test) {

@@ -180,14 +180,15 @@ test.describe('values as the service receives them', () => {
     assert.equal(invalid[0].format, '%{public}s# Invalid property: %{public}s');
   });
 
-  test('inherited enumerable keys are read; an empty object gives an empty map', async () => {
+  test('only own enumerable keys are read; an empty object gives an empty map', async () => {
     const derived = Object.create({ inherited: 'yes' });
     derived.own = 2;
+    Object.defineProperty(derived, 'hidden', { value: 'no', enumerable: false });
     await adapter.bindTarget(1, derived);
     await adapter.bindTarget(1, {});
     await adapter.bindTarget(1, [5, 'z']);
     assert.deepEqual(sentArgs('StartBindTarget'), [
-      [1, { own: '2', inherited: 'yes' }],
+      [1, { own: '2' }],
       [1, {}],
       [1, { 0: '5', 1: 'z' }],
     ]);

@@ -16,7 +16,10 @@
 #ifndef HOST_INCLUDE_ACCESS_TOKEN_H
 #define HOST_INCLUDE_ACCESS_TOKEN_H
 
+// Like the platform's header: <cstdint> and <string> only, yet a std::vector member below, so this header
+// compiles only after something that brought <vector> (the access-token kit's header includes it first).
 #include <cstdint>
+#include <string>
 
 namespace OHOS {
 namespace Security {
@@ -29,6 +32,16 @@ static const AccessTokenID INVALID_TOKENID = 0;
 enum PermissionState {
     PERMISSION_DENIED = -1,
     PERMISSION_GRANTED = 0,
+};
+
+struct UserPolicy {
+    int32_t userId = 0;
+    bool isRestricted = false;
+};
+
+struct UserPermissionPolicy {
+    std::string permissionName;
+    std::vector<UserPolicy> userPolicyList;
 };
 } // namespace AccessToken
 } // namespace Security

@@ -17,6 +17,8 @@
 #define HOST_INCLUDE_ACCESSTOKEN_KIT_H
 
 #include <string>
+#include <unordered_set>
+#include <vector>
 
 #include "access_token.h"
 

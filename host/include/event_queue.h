@@ -16,7 +16,15 @@
 #ifndef HOST_INCLUDE_EVENT_QUEUE_H
 #define HOST_INCLUDE_EVENT_QUEUE_H
 
+#include <array>
+#include <atomic>
 #include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <mutex>
+
+#include "inner_event.h"
 
 namespace OHOS {
 namespace AppExecFwk {

@@ -16,6 +16,7 @@
 #ifndef HOST_INCLUDE_EVENT_RUNNER_H
 #define HOST_INCLUDE_EVENT_RUNNER_H
 
+#include <atomic>
 #include <memory>
 
 #include "event_queue.h"

@@ -17,9 +17,12 @@
 #define HOST_INCLUDE_INNER_EVENT_H
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <typeinfo>
+#include <variant>
 
 #include "nocopyable.h"
 

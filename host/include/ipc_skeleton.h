@@ -17,6 +17,9 @@
 #define HOST_INCLUDE_IPC_SKELETON_H
 
 #include <cstdint>
+#include <unordered_set>
+
+#include "iremote_object.h"
 
 namespace OHOS {
 class IPCSkeleton {

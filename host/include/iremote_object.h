@@ -16,6 +16,8 @@
 #ifndef HOST_INCLUDE_IREMOTE_OBJECT_H
 #define HOST_INCLUDE_IREMOTE_OBJECT_H
 
+#include <codecvt>
+#include <locale>
 #include <string>
 
 #include "refbase.h"

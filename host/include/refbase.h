@@ -17,6 +17,9 @@
 #define HOST_INCLUDE_REFBASE_H
 
 #include <atomic>
+#include <functional>
+#include <mutex>
+// For std::exchange, which libc++'s <functional> brings and libstdc++'s does not.
 #include <utility>
 
 namespace OHOS {

@@ -16,6 +16,12 @@
 #ifndef HOST_INCLUDE_NAPI_NATIVE_NODE_API_H
 #define HOST_INCLUDE_NAPI_NATIVE_NODE_API_H
 
+// As the platform's header, which also includes js_native_api.h, native_common.h and node_api.h.
+#include <functional>
+#include <iostream>
+#include <string>
+#include <vector>
+
 #include "napi/native_api.h"
 
 #endif // HOST_INCLUDE_NAPI_NATIVE_NODE_API_H

@@ -266,7 +266,9 @@ CarAdapterClient *CreateJsObject(napi_env env, napi_callback_info, napi_ref cons
     void *client = nullptr;
     if (napi_unwrap(env, *jsObject, &client) != napi_ok || client == nullptr) {
         LOGE("CreateJsObject failed, napi_unwrap fail");
-        (void)napi_remove_wrap(env, *jsObject, nullptr);
+        // Some engines refuse a null result and keep the wrap; the removed pointer itself is not used.
+        void *removed = nullptr;
+        (void)napi_remove_wrap(env, *jsObject, &removed);
         *jsObject = nullptr;
         return nullptr;
     }

@@ -39,9 +39,11 @@ napi_value DoNothing(napi_env, napi_callback_info)
     return nullptr;
 }
 
-// Whether the environment can still run script: a call of a native no-op function is refused once it is going
-// away (a terminated worker, a worker's own process.exit), by every engine. A pending exception would make the
-// call fail in any case, so it is taken for the probe and thrown again when the environment is live.
+// Whether the environment can still run script: Node.js and Bun refuse a call of a native no-op function once it
+// is going away (a terminated worker, a worker's own process.exit). An engine whose call preamble checks only
+// for a null env and a pending exception never refuses it, so there every refused read takes the fatal path.
+// A pending exception would make the call fail in any case, so it is taken for the probe and thrown again when
+// the environment is live.
 bool ScriptCanRun(napi_env env)
 {
     napi_value exception = nullptr;
@@ -225,7 +227,11 @@ std::string GetValue(napi_env env, std::string key, napi_value object)
 bool NapiParseMap(napi_env env, napi_value object, std::unordered_map<std::string, std::string> &result)
 {
     napi_value keys = nullptr;
-    if (napi_get_property_names(env, object, &keys) != napi_ok) {
+    // Own enumerable string keys, index keys as text: napi_get_property_names lists different keys on different
+    // engines (inherited enumerable ones on one, non-enumerable own ones on another).
+    if (napi_get_all_property_names(env, object, napi_key_own_only,
+                                    static_cast<napi_key_filter>(napi_key_enumerable | napi_key_skip_symbols),
+                                    napi_key_numbers_to_strings, &keys) != napi_ok) {
         LOGE("failed to get keys");
         return false;
     }

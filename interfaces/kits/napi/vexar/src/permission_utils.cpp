@@ -19,7 +19,8 @@
 
 #include <cstdint>
 
-#include "access_token.h"
+// accesstoken_kit.h brings <vector> before access_token.h, whose member declarations need it without including
+// it; access_token.h must not come first.
 #include "accesstoken_kit.h"
 #include "ipc_skeleton.h"
 #include "vexar_common_constants.h"
