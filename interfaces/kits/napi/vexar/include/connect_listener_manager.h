@@ -68,6 +68,7 @@ private:
     // The delivery task of the manager numbered `serial`: publishes `event` if that manager is alive on the calling
     // thread and not retired.
     static void Deliver(uint64_t serial, const nlohmann::json &event);
+    void NotifyInOwnScope(CarConnectListener &listener, napi_value thisVar, const nlohmann::json &event);
 
     napi_env env_ = nullptr;
     napi_ref thisVarRef_ = nullptr;

@@ -120,6 +120,20 @@ bool ConnectListenerManager::IsDelivering() const
     return runningDeliveries_ > 0;
 }
 
+// The argument values of one listener call die with the call's own handle scope, before the next session is
+// called: a big event delivered to many sessions then keeps one copy of its text alive, not one per session. The
+// scope logs nothing; a scope that cannot be opened leaves the call in the delivery's scope, as before.
+void ConnectListenerManager::NotifyInOwnScope(CarConnectListener &listener, napi_value thisVar,
+                                              const nlohmann::json &event)
+{
+    napi_handle_scope callScope = nullptr;
+    bool scoped = napi_open_handle_scope(env_, &callScope) == napi_ok;
+    listener.NotifyEvent(thisVar, event);
+    if (scoped) {
+        (void)napi_close_handle_scope(env_, callScope);
+    }
+}
+
 void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
 {
     LOGI("ConnectListenerManager PublishEvent");
@@ -141,7 +155,7 @@ void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
     while (entry != listeners_.end()) {
         std::string sessionName = entry->first;
         std::shared_ptr<CarConnectListener> listener = entry->second;
-        listener->NotifyEvent(thisVar, event);
+        NotifyInOwnScope(*listener, thisVar, event);
         entry = listeners_.upper_bound(sessionName);
     }
     (void)napi_close_handle_scope(env_, scope);
