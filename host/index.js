@@ -178,6 +178,11 @@ module.exports = {
     // Resolves once every task posted before the call has run (or been dropped because its handler is gone).
     // Rejects outside the main thread, where the runner is not attached.
     whenIdle: () => native.mainRunnerWhenIdle(),
+    // How many tasks wait to run now.
+    pending: () => native.mainRunnerPending(),
+    // How many tasks have been posted with each priority value since the start, indexed by the value
+    // (0 VIP, 1 IMMEDIATE, 2 HIGH, 3 LOW, 4 IDLE).
+    sentByPriority: () => native.mainRunnerSentByPriority(),
   },
 
   broker: {

@@ -104,6 +104,10 @@ bool RunDueMainTasks(const MainTaskScope &scope);
 uint64_t MainRunnerLastSequence();
 // Whether an event numbered `sequence` or lower still waits to run.
 bool MainRunnerHasPendingThrough(uint64_t sequence);
+// How many events wait to run now.
+size_t MainRunnerPendingCount();
+// How many events have been sent with each priority value (0 VIP to 4 IDLE), since the start.
+std::vector<uint64_t> MainRunnerSentByPriority();
 } // namespace Host
 } // namespace OHOS
 

@@ -34,6 +34,8 @@ public:
     static napi_value Attach(const CallArgs &args);
     static napi_value WhenIdle(const CallArgs &args);
     static napi_value DrainBatch(const CallArgs &args);
+    static napi_value Pending(const CallArgs &args);
+    static napi_value SentByPriority(const CallArgs &args);
 
 private:
     struct IdleWaiter {
@@ -142,6 +144,23 @@ napi_value MainRunnerBinding::DrainBatch(const CallArgs &args)
     return MakeBool(env, binding != nullptr && RunBatch(env, binding));
 }
 
+// mainRunnerPending(): how many tasks wait to run now.
+napi_value MainRunnerBinding::Pending(const CallArgs &args)
+{
+    return MakeNumber(args.Env(), static_cast<double>(MainRunnerPendingCount()));
+}
+
+// mainRunnerSentByPriority(): how many tasks have been sent with each priority value, indexed by the value.
+napi_value MainRunnerBinding::SentByPriority(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    std::vector<napi_value> counts;
+    for (uint64_t count : MainRunnerSentByPriority()) {
+        counts.push_back(MakeNumber(env, static_cast<double>(count)));
+    }
+    return MakeArray(env, counts);
+}
+
 // Environment cleanup: stop the runner before the thread-safe function goes, so nothing calls it afterwards.
 void MainRunnerBinding::Teardown(void *arg)
 {
@@ -189,6 +208,8 @@ void DefineMainRunnerFunctions(napi_env env, napi_value exports)
     DefineFunction(env, exports, "attachMainRunner", Export<MainRunnerBinding::Attach>);
     DefineFunction(env, exports, "mainRunnerWhenIdle", Export<MainRunnerBinding::WhenIdle>);
     DefineFunction(env, exports, "mainRunnerDrain", Export<MainRunnerBinding::DrainBatch>);
+    DefineFunction(env, exports, "mainRunnerPending", Export<MainRunnerBinding::Pending>);
+    DefineFunction(env, exports, "mainRunnerSentByPriority", Export<MainRunnerBinding::SentByPriority>);
 }
 } // namespace Addon
 } // namespace Host
