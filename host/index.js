@@ -180,9 +180,11 @@ module.exports = {
     whenIdle: () => native.mainRunnerWhenIdle(),
     // How many tasks wait to run now.
     pending: () => native.mainRunnerPending(),
-    // How many tasks have been posted with each priority value since the start, indexed by the value
-    // (0 VIP, 1 IMMEDIATE, 2 HIGH, 3 LOW, 4 IDLE).
-    sentByPriority: () => native.mainRunnerSentByPriority(),
+    // recordPosts(true) records every task posted from then on; recordPosts(false) stops and forgets the record.
+    recordPosts: (enabled) => native.mainRunnerRecordPosts(enabled),
+    // [{ priority, thread }] of the tasks posted since recording started, in the order the runner received them:
+    // the priority value (0 VIP, 1 IMMEDIATE, 2 HIGH, 3 LOW, 4 IDLE) and the id of the posting thread.
+    posts: () => native.mainRunnerPosts(),
   },
 
   broker: {

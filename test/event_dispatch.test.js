@@ -62,6 +62,11 @@ test.describe('the members', () => {
     ]);
   });
 
+  test('each member is read under its own key: a surface record reaches the listener as (code, eventId, category)', () => {
+    const calls = deliver({ FUNC_CODE: 5, code: 5, eventId: 9, category: 'cast' });
+    assert.deepEqual(calls.map((c) => [c.name, c.args]), [['onSurfaceTransferOnEvent', [5, 9, 'cast']]]);
+  });
+
   test('numbers reach script as 32-bit integers (wide integers keep their low 32 bits); strings stop at a zero byte', () => {
     const calls = deliver({ FUNC_CODE: 1, type: 4294967297, data: 'before\u0000after' });
     assert.deepEqual(calls.map((c) => c.args), [[1, 'before']]);

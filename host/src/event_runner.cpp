@@ -16,7 +16,6 @@
 #include "event_runner.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <iterator>
@@ -70,7 +69,9 @@ public:
         TaskQueue::TimePoint now = TaskQueue::Event::Clock::now();
         bool delayed = event->GetHandleTime() > now;
         queue_.Push(std::move(event), priority, now);
-        ++sentByPriority_[static_cast<size_t>(priority)];
+        if (recordingPosts_) {
+            posts_.push_back({static_cast<uint32_t>(priority), CallingThreadId()});
+        }
         backlogPeak_ = std::max(backlogPeak_, queue_.Size());
         if (state_ != State::ATTACHED) {
             return true;
@@ -158,10 +159,17 @@ public:
         return queue_.Size();
     }
 
-    std::vector<uint64_t> SentByPriority()
+    void RecordPosts(bool enabled)
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        return {sentByPriority_.begin(), sentByPriority_.end()};
+        recordingPosts_ = enabled;
+        posts_.clear();
+    }
+
+    std::vector<MainRunnerPost> Posts()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return posts_;
     }
 
     uint64_t LastSequence()
@@ -279,9 +287,10 @@ private:
     bool batchRunning_ = false;
     TaskQueue::Priority batchLeastUrgent_ = TaskQueue::Priority::IDLE;
     uint64_t batchOldest_ = 0;
-    // The longest the queue has been since it was last empty, and the events sent so far by priority value.
+    // The longest the queue has been since it was last empty.
     size_t backlogPeak_ = 0;
-    std::array<uint64_t, static_cast<size_t>(TaskQueue::Priority::IDLE) + 1> sentByPriority_{};
+    bool recordingPosts_ = false;
+    std::vector<MainRunnerPost> posts_;
     // Set when the batch must be taken again before its next task; read by the driver without the lock.
     std::atomic<bool> interrupted_{false};
 };
@@ -317,9 +326,14 @@ size_t MainRunnerPendingCount()
     return MainRunner::Get().PendingCount();
 }
 
-std::vector<uint64_t> MainRunnerSentByPriority()
+void MainRunnerRecordPosts(bool enabled)
 {
-    return MainRunner::Get().SentByPriority();
+    MainRunner::Get().RecordPosts(enabled);
+}
+
+std::vector<MainRunnerPost> MainRunnerPosts()
+{
+    return MainRunner::Get().Posts();
 }
 } // namespace Host
 
