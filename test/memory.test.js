@@ -64,3 +64,26 @@ test('a pending event costs a few hundred bytes, and a drained flood gives its m
   assert.ok(pending.aboveStart < 24 * 1024 * 1024, `${pending.aboveStart} bytes above the start after the drain`);
   assert.ok(flood.emitted > 0 && flood.aboveStart < 24 * 1024 * 1024, `flood: ${flood.aboveStart} bytes above the start after the drain`);
 });
+
+test('a replaced adapter object is collected: its manager lets go of it', () => {
+  const child = runChild(`${PRELUDE}
+    let collected = 0;
+    const registry = new FinalizationRegistry(() => collected++);
+    (function makeReplaced() {
+      const replaced = rovanta.getCarConnectAdapter();
+      replaced.registerConnectListener('old', listener());
+      registry.register(replaced, 'replaced');
+    })();
+    const current = rovanta.getCarConnectAdapter();
+    (async () => {
+      // Each round is a full collection and a turn for the finalization callbacks; one round is enough.
+      for (let round = 0; round < 20 && collected === 0; round++) {
+        global.gc();
+        await new Promise((resolve) => setImmediate(resolve));
+      }
+      console.log(collected, typeof current);
+    })();
+  `, { args: ['--expose-gc'] });
+  assertCleanExit(child);
+  assert.equal(child.stdout.trim(), '1 object');
+});
