@@ -25,6 +25,7 @@
 // Options (environment): ROVANTA_FLOOD_PENDING (default 500000), ROVANTA_FLOOD_SECONDS (10),
 // ROVANTA_FLOOD_THREADS (16).
 const host = require('../host');
+const { settledRss } = require('./rss');
 
 const rovanta = host.requireNapi('carService.rovanta');
 const PENDING = Number(process.env.ROVANTA_FLOOD_PENDING || 500000);
@@ -33,16 +34,6 @@ const THREADS = Number(process.env.ROVANTA_FLOOD_THREADS || 16);
 // Events per emitMany call of the timed flood: the flood ends within one such round of its time.
 const ROUND = 20000 * THREADS;
 const EVENT = { callback: 'OnDataReceive', args: [0, 'payload'], threads: THREADS };
-
-if (typeof global.gc !== 'function') {
-  console.error('run with node --expose-gc');
-  process.exit(2);
-}
-
-function settledRss() {
-  for (let round = 0; round < 3; round++) global.gc();
-  return process.memoryUsage().rss;
-}
 
 // The main thread spins until every event is queued, so none is delivered meanwhile.
 async function pendingEvents() {

@@ -24,8 +24,7 @@
 #include "napi_base_utils.h"
 
 namespace {
-constexpr size_t NOTIFY_ARGC = 3;
-constexpr size_t PUBLISH_ARGC = 3;
+constexpr size_t PROBE_ARGC = 3;
 int g_scopesOpened = 0;
 int g_scopesClosed = 0;
 } // namespace
@@ -51,6 +50,19 @@ napi_status __wrap_napi_close_handle_scope(napi_env env, napi_handle_scope scope
 }
 
 namespace {
+// Reads the three arguments of a probe function, the last the event's JSON text; throws `usage` when they do not fit.
+bool ReadProbeArgs(napi_env env, napi_callback_info info, napi_value (&argv)[PROBE_ARGC], std::string &eventText,
+                   const char *usage)
+{
+    size_t argc = PROBE_ARGC;
+    napi_get_cb_info(env, info, &argc, argv, nullptr, nullptr);
+    if (argc != PROBE_ARGC || !OHOS::TravelService::GetString(env, argv[2], eventText)) {
+        napi_throw_type_error(env, nullptr, usage);
+        return false;
+    }
+    return true;
+}
+
 napi_value MakeCount(napi_env env, int count)
 {
     napi_value value = nullptr;
@@ -63,12 +75,9 @@ napi_value MakeCount(napi_env env, int count)
 // delivery opened and closed.
 napi_value Publish(napi_env env, napi_callback_info info)
 {
-    size_t argc = PUBLISH_ARGC;
-    napi_value argv[PUBLISH_ARGC] = {nullptr};
-    napi_get_cb_info(env, info, &argc, argv, nullptr, nullptr);
+    napi_value argv[PROBE_ARGC] = {nullptr};
     std::string eventText;
-    if (argc != PUBLISH_ARGC || !OHOS::TravelService::GetString(env, argv[2], eventText)) {
-        napi_throw_type_error(env, nullptr, "publish(receiver, sessions, eventJsonText)");
+    if (!ReadProbeArgs(env, info, argv, eventText, "publish(receiver, sessions, eventJsonText)")) {
         return nullptr;
     }
     napi_ref receiverRef = nullptr;
@@ -100,12 +109,9 @@ napi_value Publish(napi_env env, napi_callback_info info)
 // notify(listener, receiver, eventJsonText): one event through a listener made for the call.
 napi_value Notify(napi_env env, napi_callback_info info)
 {
-    size_t argc = NOTIFY_ARGC;
-    napi_value argv[NOTIFY_ARGC] = {nullptr};
-    napi_get_cb_info(env, info, &argc, argv, nullptr, nullptr);
+    napi_value argv[PROBE_ARGC] = {nullptr};
     std::string eventText;
-    if (argc != NOTIFY_ARGC || !OHOS::TravelService::GetString(env, argv[2], eventText)) {
-        napi_throw_type_error(env, nullptr, "notify(listener, receiver, eventJsonText)");
+    if (!ReadProbeArgs(env, info, argv, eventText, "notify(listener, receiver, eventJsonText)")) {
         return nullptr;
     }
     nlohmann::json event = nlohmann::json::parse(eventText, nullptr, false);
