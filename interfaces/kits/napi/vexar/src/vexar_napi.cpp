@@ -252,11 +252,12 @@ template <typename T> void NapiCompleteFunc(napi_env env, napi_status status, vo
     FreeContext(env, context);
 }
 
-// The promise of a call in the promise form. Its deferred is freed only by settling it; an environment torn down
-// while the call is in flight cancels the completion, and the engine then offers no way to free the deferred, so
-// each such call leaves it allocated (8 bytes on Node.js). Kept out of line and not ending in a tail call, so that
-// its frame stays on the stack and the sanitizer runs can name exactly this allocation in their suppressions. A
-// promise that could not be made is none: the call then returns undefined.
+// The promise of a call in the promise form. Its deferred is freed only by settling it, and an environment torn
+// down while the call is in flight refuses that (its completion is cancelled, or runs where no script may run);
+// the engine offers no other way to free a deferred, so each such call leaves it allocated (8 bytes on Node.js). Kept
+// out of line and not ending in a tail call, so that its frame stays on the stack and the sanitizer runs can name
+// exactly this allocation in their suppressions. A promise that could not be made is none: the call then returns
+// undefined.
 __attribute__((noinline)) void CreateCallPromise(napi_env env, napi_deferred *deferred, napi_value *promise)
 {
     if (napi_create_promise(env, deferred, promise) != napi_ok) {
