@@ -22,6 +22,7 @@
 const { Worker } = require('node:worker_threads');
 const path = require('node:path');
 const host = require('../host');
+const { settledRss } = require('./rss');
 
 const rovanta = host.requireNapi('carService.rovanta');
 const COUNT = Number(process.env.ROVANTA_LEAK_COUNT || 100000);
@@ -30,16 +31,6 @@ const EVENT_CHUNK = 2000;
 const TURNS = Number(process.env.ROVANTA_LEAK_TURNS || 1000);
 // What each main-thread listener holds, so that a manager kept beyond its replacement shows in the figure.
 const LISTENER_PAYLOAD_BYTES = 200 * 1024;
-
-if (typeof global.gc !== 'function') {
-  console.error('run with node --expose-gc');
-  process.exit(2);
-}
-
-function settledRss() {
-  for (let round = 0; round < 3; round++) global.gc();
-  return process.memoryUsage().rss;
-}
 
 async function calls(adapter, total) {
   const operations = [

@@ -17,7 +17,8 @@
 
 // Every benchmark figure of the module next to the floor addon's, in one process: the time of a call and the
 // speed of event delivery as medians and spread over several rounds, and the memory growth over 200,000 calls
-// and events; each with log capture off and at its default capacity. Prints a table and writes it as JSON to
+// and events; each with log capture off and at its default capacity; and how long quick registrations made at
+// once take on the bounded registration threads. Prints a table and writes it as JSON to
 // build/bench/results.json. With --instructions, adds callgrind instruction counts (bench/instructions.js).
 // Options: --rounds N (default 9), --instructions. Prints figures; asserts nothing.
 const fs = require('node:fs');
@@ -35,6 +36,10 @@ const MEMORY_COUNT = 200000;
 const MEMORY_WINDOWS = 5;
 const MEMORY_CHUNK = 2000;
 const FLOOD_EVENTS = 300000;
+// Quick registrations made at once, each held this long by the car service: with up to 8 registration threads
+// they take about REGISTRATIONS / 8 x REGISTRATION_MS, one after another REGISTRATIONS x REGISTRATION_MS.
+const REGISTRATIONS = 64;
+const REGISTRATION_MS = 20;
 const LOG_MODES = [
   { name: 'log off', capacity: 0 },
   { name: 'log kept', capacity: host.hilog.capacity() },
@@ -181,6 +186,23 @@ async function floodTurns(targets) {
   return { events: FLOOD_EVENTS, threads: 8, seconds: elapsed, turnsPerSecond: turns / elapsed };
 }
 
+// Milliseconds from REGISTRATIONS registerConnectListener calls made at once until the last registration has
+// logged its success, with the car service taking REGISTRATION_MS to answer each.
+async function parallelRegistrations() {
+  host.hilog.setCapacity(LOG_MODES[1].capacity);
+  clearRecords();
+  host.carService.setDelay('RegisterCarConnectListener', REGISTRATION_MS);
+  const successes = () => host.hilog.lines().filter((line) => line.text === 'InitCallback# InitCallback success').length;
+  const adapter = host.requireNapi('carService.rovanta').getCarConnectAdapter();
+  const started = process.hrtime.bigint();
+  for (let index = 0; index < REGISTRATIONS; index++) adapter.registerConnectListener(`quick ${index}`, { onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {} });
+  await host.waitUntil(() => successes() === REGISTRATIONS, `${REGISTRATIONS} registrations`, 120000);
+  const elapsedMs = Number(process.hrtime.bigint() - started) / 1e6;
+  host.carService.setDelay('RegisterCarConnectListener', 0);
+  clearRecords();
+  return { count: REGISTRATIONS, serviceMs: REGISTRATION_MS, elapsedMs };
+}
+
 function instructions() {
   const child = spawnSync(process.execPath, [path.join(__dirname, 'instructions.js')], {
     encoding: 'utf8',
@@ -221,6 +243,8 @@ function table(result) {
   }
   const { flood } = result;
   lines.push(`| script thread turns a second, ${flood.events} events from ${flood.threads} threads | log off | ${fixed(flood.turnsPerSecond, 0)} | | |`);
+  const { registrations } = result;
+  lines.push(`| ms until ${registrations.count} quick registrations made at once are done, ${registrations.serviceMs} ms each at the service | log kept | ${fixed(registrations.elapsedMs, 0)} | | |`);
   for (const row of result.instructions || []) {
     lines.push(`| instructions, ${row.path} | ${row.log} | ${fixed(row.module, 0)} | ${fixed(row.floor, 0)} | ${fixed(row.module / row.floor, 2)} x |`);
     if (row.gate !== undefined) {
@@ -241,6 +265,7 @@ async function main() {
   result.timings = await timings(targets, rounds);
   result.memory = await memory(targets);
   result.flood = await floodTurns(targets);
+  result.registrations = await parallelRegistrations();
   if (process.argv.includes('--instructions')) result.instructions = instructions();
   fs.mkdirSync(outputDir, { recursive: true });
   fs.writeFileSync(path.join(outputDir, 'results.json'), `${JSON.stringify(result, null, 2)}\n`);

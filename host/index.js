@@ -178,6 +178,13 @@ module.exports = {
     // Resolves once every task posted before the call has run (or been dropped because its handler is gone).
     // Rejects outside the main thread, where the runner is not attached.
     whenIdle: () => native.mainRunnerWhenIdle(),
+    // How many tasks wait to run now.
+    pending: () => native.mainRunnerPending(),
+    // recordPosts(true) records every task posted from then on; recordPosts(false) stops and forgets the record.
+    recordPosts: (enabled) => native.mainRunnerRecordPosts(enabled),
+    // [{ priority, thread }] of the tasks posted since recording started, in the order the runner received them:
+    // the priority value (0 VIP, 1 IMMEDIATE, 2 HIGH, 3 LOW, 4 IDLE) and the id of the posting thread.
+    posts: () => native.mainRunnerPosts(),
   },
 
   broker: {

@@ -69,16 +69,31 @@ test.describe('delivery of the seven events', () => {
       ['OnSurfaceTransferOnEvent', [5, 9, 'cast'], 'onSurfaceTransferOnEvent'],
       ['OnDisconnectResult', [0], 'onDisconnectResult'],
     ];
+    host.hilog.clear();
     for (const [callback, args] of deliveries) await emitAndDeliver(callback, ...args);
     assert.deepEqual(journal.map(({ name, args }) => [name, args]), deliveries.map(([, args, name]) => [name, args]));
     assert.ok(journal.every((entry) => entry.self === adapter));
+    // Each handler's own line, as the contract writes it (the surface handler's with a small "on").
+    assert.deepEqual(texts(LEVEL.INFO).filter((text) => / CarConnectListener [Oo]n/.test(text)), [
+      'OnBindResult# CarConnectListener OnBindResult.',
+      'OnDataReceive# CarConnectListener OnDataReceive.',
+      'OnDeviceStateChange# CarConnectListener OnDeviceStateChange.',
+      'OnDeviceChange# CarConnectListener OnDeviceChange.',
+      'OnDeviceServiceStateChange# CarConnectListener OnDeviceServiceStateChange.',
+      'OnSurfaceTransferOnEvent# CarConnectListener onSurfaceTransferOnEvent.',
+      'OnDisconnectResult# CarConnectListener OnDisconnectResult.',
+    ]);
   });
 
   test('delivery runs on the main thread after the service thread returned, and logs each step', async () => {
     const journal = [];
     await register(adapter, 'main', recordingListener(journal));
     host.hilog.clear();
+    host.mainRunner.recordPosts(true);
     host.carService.emit('OnDeviceServiceStateChange', 'svc', 1, 2);
+    const posts = host.mainRunner.posts();
+    host.mainRunner.recordPosts(false);
+    assert.deepEqual(posts.map((post) => post.priority), [3], 'one task, posted with priority value 3 (LOW)');
     assert.equal(journal.length, 0, 'nothing runs on the service thread');
     await host.mainRunner.whenIdle();
     assert.equal(journal.length, 1);
@@ -160,6 +175,7 @@ test.describe('registration with the car service', () => {
       { args: ['a', recordingListener(journal), 'extra'], line: 'RegisterConnectListener# Error get cb info' },
       { args: [1, recordingListener(journal)], line: 'RegisterConnectListener# not napi_string param' },
       { args: ['a', 'listener'], line: 'ParseJSCarConnectListener# Failed to get object JSCarConnectListener' },
+      { args: ['a', Object.assign(function carrier() {}, recordingListener(journal))], line: 'ParseJSCarConnectListener# Failed to get object JSCarConnectListener' },
       { args: ['a', { onDataReceive() {}, onDeviceStateChange() {} }], line: 'GetNamedProperty# no listener named onBindResult' },
       { args: ['a', { onBindResult() {}, onDataReceive: 'x', onDeviceStateChange() {} }], line: 'GetNamedProperty# Failed to get listener named onDataReceive' },
       { args: ['a', { onBindResult() {}, onDataReceive() {} }], line: 'GetNamedProperty# no listener named onDeviceStateChange' },
@@ -248,6 +264,23 @@ test.describe('order and re-entry', () => {
       received.filter(([, data]) => data === 'seq').map(([type]) => type),
       Array.from({ length: 50 }, (_, i) => i),
     );
+  });
+
+  test('the order of the queueing lines is the order of delivery when several service threads post', async () => {
+    await register(adapter, 'main', validListener());
+    host.hilog.clear();
+    host.mainRunner.recordPosts(true);
+    try {
+      await host.carService.emitMany({ callback: 'OnDeviceChange', args: [1], count: 4000, threads: 4 });
+      await host.mainRunner.whenIdle();
+      const posters = host.mainRunner.posts().map((post) => post.thread);
+      const loggers = moduleLines().filter((line) => line.text === 'QueueWork# ConnectListenerManager QueueWork').map((line) => line.thread);
+      assert.equal(posters.length, 4000);
+      assert.ok(new Set(posters).size > 1, 'several threads posted');
+      assert.deepEqual(loggers, posters);
+    } finally {
+      host.mainRunner.recordPosts(false);
+    }
   });
 
   // Session 'a', whose onDeviceChange records its call and then does `action`, and session 'b' after it.

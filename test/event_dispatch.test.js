@@ -16,7 +16,8 @@
 'use strict';
 
 // Event records that the service callbacks never produce, handed straight to one listener: how the dispatch
-// reads "FUNC_CODE" and each member, and what it logs when they do not fit.
+// reads "FUNC_CODE" and each member, and what it logs when they do not fit. And one delivery of a listener
+// manager, with the handle scopes it opens and closes counted.
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const path = require('node:path');
@@ -24,7 +25,7 @@ const { host, LEVEL, recordingListener, resetHost, texts } = require('./support/
 
 const probe = { exports: {} };
 process.dlopen(probe, path.join(host.moduleRoot, 'lib', 'test', 'listener_probe.node'));
-const { notify } = probe.exports;
+const { notify, publish } = probe.exports;
 
 const receiver = { name: 'the adapter' };
 
@@ -62,6 +63,11 @@ test.describe('the members', () => {
     ]);
   });
 
+  test('each member is read under its own key: a surface record reaches the listener as (code, eventId, category)', () => {
+    const calls = deliver({ FUNC_CODE: 5, code: 5, eventId: 9, category: 'cast' });
+    assert.deepEqual(calls.map((c) => [c.name, c.args]), [['onSurfaceTransferOnEvent', [5, 9, 'cast']]]);
+  });
+
   test('numbers reach script as 32-bit integers (wide integers keep their low 32 bits); strings stop at a zero byte', () => {
     const calls = deliver({ FUNC_CODE: 1, type: 4294967297, data: 'before\u0000after' });
     assert.deepEqual(calls.map((c) => c.args), [[1, 'before']]);
@@ -85,4 +91,12 @@ test.describe('the members', () => {
       'NotifyEvent# NotifyEvent error, listener threw: Error: getter refused',
     ]);
   });
+});
+
+test('a delivery closes every handle scope it opens: its own, and one per listener call', () => {
+  const calls = [];
+  const sessions = { a: recordingListener(calls, 'a'), b: recordingListener(calls, 'b'), c: recordingListener(calls, 'c') };
+  const scopes = publish(receiver, sessions, JSON.stringify({ FUNC_CODE: 6, result: 4 }));
+  assert.deepEqual(calls.map((call) => [call.name, call.args, call.self]), new Array(3).fill(['onDisconnectResult', [4], receiver]));
+  assert.deepEqual(scopes, { opened: 4, closed: 4 });
 });

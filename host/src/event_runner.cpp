@@ -21,6 +21,9 @@
 #include <iterator>
 #include <mutex>
 #include <thread>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "event_handler.h"
 #include "main_task_queue.h"
@@ -31,6 +34,18 @@ namespace Host {
 namespace {
 // Most tasks one RunDue runs, so that the driver's thread gets on with its other work between batches.
 constexpr size_t MAX_TASKS_PER_RUN = 128;
+// A backlog at least this long gives its memory back to the system once it has drained (below).
+constexpr size_t TRIMMED_BACKLOG = 65536;
+
+// The allocator keeps what a drained backlog freed, spread over the arenas of the threads that sent it, for
+// reuse: a flood of millions of events would hold its peak for the rest of the process. Handing the free pages
+// back costs a walk of the heap, so it is done only when a long backlog has just emptied.
+void GiveBackFreedMemory()
+{
+#ifdef __GLIBC__
+    (void)malloc_trim(0);
+#endif
+}
 
 // State of the one main runner. Events wait in the queue until a driver attaches; from then on the driver is
 // woken (at most one wake-up outstanding) whenever an event is due, by the sending thread or by the timer
@@ -54,6 +69,10 @@ public:
         TaskQueue::TimePoint now = TaskQueue::Event::Clock::now();
         bool delayed = event->GetHandleTime() > now;
         queue_.Push(std::move(event), priority, now);
+        if (recordingPosts_) {
+            posts_.push_back({static_cast<uint32_t>(priority), CallingThreadId()});
+        }
+        backlogPeak_ = std::max(backlogPeak_, queue_.Size());
         if (state_ != State::ATTACHED) {
             return true;
         }
@@ -116,11 +135,41 @@ public:
             }
         }
         scope([this] { RunBatch(); });
-        std::lock_guard<std::mutex> lock(mutex_);
-        batchRunning_ = false;
-        bool more = state_ == State::ATTACHED && queue_.HasDue(TaskQueue::Event::Clock::now());
-        wakeRequested_ = more;
+        bool drainedBacklog = false;
+        bool more = false;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            batchRunning_ = false;
+            more = state_ == State::ATTACHED && queue_.HasDue(TaskQueue::Event::Clock::now());
+            wakeRequested_ = more;
+            drainedBacklog = queue_.Size() == 0 && backlogPeak_ >= TRIMMED_BACKLOG;
+            if (queue_.Size() == 0) {
+                backlogPeak_ = 0;
+            }
+        }
+        if (drainedBacklog) {
+            GiveBackFreedMemory();
+        }
         return more;
+    }
+
+    size_t PendingCount()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return queue_.Size();
+    }
+
+    void RecordPosts(bool enabled)
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        recordingPosts_ = enabled;
+        posts_.clear();
+    }
+
+    std::vector<MainRunnerPost> Posts()
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return posts_;
     }
 
     uint64_t LastSequence()
@@ -238,6 +287,10 @@ private:
     bool batchRunning_ = false;
     TaskQueue::Priority batchLeastUrgent_ = TaskQueue::Priority::IDLE;
     uint64_t batchOldest_ = 0;
+    // The longest the queue has been since it was last empty.
+    size_t backlogPeak_ = 0;
+    bool recordingPosts_ = false;
+    std::vector<MainRunnerPost> posts_;
     // Set when the batch must be taken again before its next task; read by the driver without the lock.
     std::atomic<bool> interrupted_{false};
 };
@@ -266,6 +319,21 @@ uint64_t MainRunnerLastSequence()
 bool MainRunnerHasPendingThrough(uint64_t sequence)
 {
     return MainRunner::Get().HasPendingThrough(sequence);
+}
+
+size_t MainRunnerPendingCount()
+{
+    return MainRunner::Get().PendingCount();
+}
+
+void MainRunnerRecordPosts(bool enabled)
+{
+    MainRunner::Get().RecordPosts(enabled);
+}
+
+std::vector<MainRunnerPost> MainRunnerPosts()
+{
+    return MainRunner::Get().Posts();
 }
 } // namespace Host
 

@@ -15,6 +15,7 @@
 
 #include "hilog/log.h"
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -455,8 +456,8 @@ char TypeLetter(int type)
 struct KeptLine {
     KeptLine(int lineType, int lineLevel, unsigned int lineDomain, std::string_view tag, std::string_view format,
              std::string_view text, std::string_view args)
-        : type(lineType), level(lineLevel), domain(lineDomain), tagSize(tag.size()), formatSize(format.size()),
-          textSize(text.size()), argsSize(args.size()),
+        : type(lineType), level(lineLevel), domain(lineDomain), thread(CallingThreadId()), tagSize(tag.size()),
+          formatSize(format.size()), textSize(text.size()), argsSize(args.size()),
           bytes(new char[tag.size() + format.size() + text.size() + args.size()])
     {
         char *cursor = bytes.get();
@@ -477,12 +478,14 @@ struct KeptLine {
                 std::string(tag, tagSize),
                 std::string(format, formatSize),
                 ReadArgs(text + textSize, argsSize),
-                std::string(text, textSize)};
+                std::string(text, textSize),
+                thread};
     }
 
     int type;
     int level;
     unsigned int domain;
+    uint64_t thread;
     size_t tagSize;
     size_t formatSize;
     size_t textSize;
@@ -591,6 +594,12 @@ private:
     uint64_t dropped_ = 0;
 };
 } // namespace
+
+// pthread_t is the address of the thread's control block on glibc: unique among live threads, below 2^48.
+uint64_t CallingThreadId()
+{
+    return static_cast<uint64_t>(pthread_self());
+}
 
 std::vector<HiLogLine> HiLogLines()
 {

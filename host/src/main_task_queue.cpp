@@ -22,6 +22,7 @@ namespace Host {
 uint64_t TaskQueue::Push(Event::Pointer event, Priority priority, TimePoint now)
 {
     uint64_t sequence = ++lastSequence_;
+    ++size_;
     TimePoint handleTime = event->GetHandleTime();
     Entry entry{priority, sequence, std::move(event)};
     if (handleTime <= now) {
@@ -34,6 +35,7 @@ uint64_t TaskQueue::Push(Event::Pointer event, Priority priority, TimePoint now)
 
 void TaskQueue::Requeue(Entry entry)
 {
+    ++size_;
     InsertDue(std::move(entry));
 }
 
@@ -68,6 +70,7 @@ std::optional<TaskQueue::Entry> TaskQueue::PopDue(TimePoint now)
         if (!line.empty()) {
             Entry entry = std::move(line.front());
             line.pop_front();
+            --size_;
             return entry;
         }
     }
@@ -99,6 +102,11 @@ uint64_t TaskQueue::LastSequence() const
     return lastSequence_;
 }
 
+size_t TaskQueue::Size() const
+{
+    return size_;
+}
+
 // Each line is in sending order, so its front is its oldest event; delayed events are few and are looked at
 // one by one.
 bool TaskQueue::HasPendingThrough(uint64_t sequence) const
@@ -123,6 +131,7 @@ std::vector<TaskQueue::Event::Pointer> TaskQueue::TakeAll()
         events.push_back(std::move(waiting.second.event));
     }
     waiting_.clear();
+    size_ = 0;
     return events;
 }
 } // namespace Host

@@ -56,6 +56,8 @@ public:
     // The earliest handle time of the events not yet due at `now`.
     std::optional<TimePoint> NextDueAfter(TimePoint now) const;
     uint64_t LastSequence() const;
+    // How many events are queued, due or delayed.
+    size_t Size() const;
     // Whether an event numbered `sequence` or lower is still queued.
     bool HasPendingThrough(uint64_t sequence) const;
     // Removes every event.
@@ -70,6 +72,7 @@ private:
     std::multimap<TimePoint, Entry> waiting_;
     std::array<std::deque<Entry>, PRIORITIES> due_;
     uint64_t lastSequence_ = 0;
+    size_t size_ = 0;
 };
 } // namespace Host
 } // namespace OHOS

@@ -34,13 +34,13 @@ const PRELUDE = `
 const SANITIZER_REPORT = /AddressSanitizer|LeakSanitizer|ThreadSanitizer|runtime error:|Segmentation fault|Assertion/;
 
 // Runs `script` in a child process, which inherits any sanitizer preload of this one. Leak checking needs a full
-// teardown of the engine. process.exit(), an uncaught error and a terminated worker skip it: node then leaves its
-// own heap, and the handle of any promise it can no longer settle, allocated. Those children keep every other
-// sanitizer check; the leak check runs on the scenarios that end normally.
-function runChild(script, { leakCheck = true, env = {}, timeout = 60000 } = {}) {
+// teardown of the engine. process.exit() and an uncaught error skip it: node then leaves its own heap allocated.
+// Those children keep every other sanitizer check; the leak check runs on the scenarios that end normally.
+// `args` are node's own options.
+function runChild(script, { leakCheck = true, env = {}, timeout = 60000, args = [] } = {}) {
   const childEnv = { ...process.env, ...env };
   if (!leakCheck && childEnv.ASAN_OPTIONS !== undefined) childEnv.ASAN_OPTIONS += ':detect_leaks=0';
-  return spawnSync(process.execPath, ['-e', script], { encoding: 'utf8', timeout, env: childEnv });
+  return spawnSync(process.execPath, [...args, '-e', script], { encoding: 'utf8', timeout, env: childEnv });
 }
 
 function assertCleanExit(child, expectedStatus = 0) {

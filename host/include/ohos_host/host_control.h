@@ -27,6 +27,10 @@
 // function may be called from any thread unless it says otherwise.
 namespace OHOS {
 namespace Host {
+// A number that tells the calling thread from the others alive with it, found without a system call; it fits a
+// script number exactly.
+uint64_t CallingThreadId();
+
 // ---- Caller identity (access token) ----
 
 struct Identity {
@@ -61,6 +65,8 @@ struct HiLogLine {
     std::vector<HiLogArg> args;
     // The formatted message; privacy flags are removed and every value is shown.
     std::string text;
+    // The thread that logged it (CallingThreadId).
+    uint64_t thread = 0;
 };
 
 inline constexpr size_t DEFAULT_HILOG_CAPACITY = 200000;
@@ -104,6 +110,17 @@ bool RunDueMainTasks(const MainTaskScope &scope);
 uint64_t MainRunnerLastSequence();
 // Whether an event numbered `sequence` or lower still waits to run.
 bool MainRunnerHasPendingThrough(uint64_t sequence);
+// How many events wait to run now.
+size_t MainRunnerPendingCount();
+// One event sent to the main runner: its priority value (0 VIP to 4 IDLE) and the sending thread.
+struct MainRunnerPost {
+    uint32_t priority;
+    uint64_t thread;
+};
+// From now on, records every event sent (`enabled`), or stops and forgets the record.
+void MainRunnerRecordPosts(bool enabled);
+// The events sent since recording started, in the order the runner received them.
+std::vector<MainRunnerPost> MainRunnerPosts();
 } // namespace Host
 } // namespace OHOS
 

@@ -34,6 +34,9 @@ public:
     static napi_value Attach(const CallArgs &args);
     static napi_value WhenIdle(const CallArgs &args);
     static napi_value DrainBatch(const CallArgs &args);
+    static napi_value Pending(const CallArgs &args);
+    static napi_value RecordPosts(const CallArgs &args);
+    static napi_value Posts(const CallArgs &args);
 
 private:
     struct IdleWaiter {
@@ -142,6 +145,33 @@ napi_value MainRunnerBinding::DrainBatch(const CallArgs &args)
     return MakeBool(env, binding != nullptr && RunBatch(env, binding));
 }
 
+// mainRunnerPending(): how many tasks wait to run now.
+napi_value MainRunnerBinding::Pending(const CallArgs &args)
+{
+    return MakeNumber(args.Env(), static_cast<double>(MainRunnerPendingCount()));
+}
+
+// mainRunnerRecordPosts(enabled): records every task posted from now on, or stops and forgets the record.
+napi_value MainRunnerBinding::RecordPosts(const CallArgs &args)
+{
+    MainRunnerRecordPosts(ToBool(args.Env(), args.At(0), "enabled"));
+    return Undefined(args.Env());
+}
+
+// mainRunnerPosts(): [{ priority, thread }] of the tasks posted since recording started, in posting order.
+napi_value MainRunnerBinding::Posts(const CallArgs &args)
+{
+    napi_env env = args.Env();
+    std::vector<napi_value> posts;
+    for (const MainRunnerPost &post : MainRunnerPosts()) {
+        napi_value record = MakeObject(env);
+        SetProperty(env, record, "priority", MakeNumber(env, post.priority));
+        SetProperty(env, record, "thread", MakeNumber(env, static_cast<double>(post.thread)));
+        posts.push_back(record);
+    }
+    return MakeArray(env, posts);
+}
+
 // Environment cleanup: stop the runner before the thread-safe function goes, so nothing calls it afterwards.
 void MainRunnerBinding::Teardown(void *arg)
 {
@@ -189,6 +219,9 @@ void DefineMainRunnerFunctions(napi_env env, napi_value exports)
     DefineFunction(env, exports, "attachMainRunner", Export<MainRunnerBinding::Attach>);
     DefineFunction(env, exports, "mainRunnerWhenIdle", Export<MainRunnerBinding::WhenIdle>);
     DefineFunction(env, exports, "mainRunnerDrain", Export<MainRunnerBinding::DrainBatch>);
+    DefineFunction(env, exports, "mainRunnerPending", Export<MainRunnerBinding::Pending>);
+    DefineFunction(env, exports, "mainRunnerRecordPosts", Export<MainRunnerBinding::RecordPosts>);
+    DefineFunction(env, exports, "mainRunnerPosts", Export<MainRunnerBinding::Posts>);
 }
 } // namespace Addon
 } // namespace Host

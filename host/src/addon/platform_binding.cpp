@@ -113,6 +113,7 @@ napi_value HiLogLinesToJs(const CallArgs &args)
         SetProperty(env, record, "format", MakeString(env, line.format));
         SetProperty(env, record, "args", MakeArray(env, lineArgs));
         SetProperty(env, record, "text", MakeString(env, line.text));
+        SetProperty(env, record, "thread", MakeNumber(env, static_cast<double>(line.thread)));
         lines.push_back(record);
     }
     return MakeArray(env, lines);

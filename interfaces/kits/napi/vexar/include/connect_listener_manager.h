@@ -23,6 +23,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "car_connect_listener.h"
 #include "event_handler.h"
@@ -65,9 +66,10 @@ public:
     bool IsDelivering() const;
 
 private:
-    // The delivery task of the manager numbered `serial`: publishes `event` if that manager is alive on the calling
-    // thread and not retired.
-    static void Deliver(uint64_t serial, const nlohmann::json &event);
+    // The delivery task of the manager numbered `serial`: unpacks and publishes the event if that manager is alive
+    // on the calling thread and not retired.
+    static void Deliver(uint64_t serial, const std::vector<std::uint8_t> &packedEvent);
+    void NotifyInOwnScope(CarConnectListener &listener, napi_value thisVar, const nlohmann::json &event);
 
     napi_env env_ = nullptr;
     napi_ref thisVarRef_ = nullptr;

@@ -16,6 +16,7 @@
 #include "connect_listener_manager.h"
 
 #include <utility>
+#include <vector>
 
 #include "vexar_common_constants.h"
 #include "vexar_connect_constants.h"
@@ -80,15 +81,18 @@ void ConnectListenerManager::UnSubscribeListener()
 
 void ConnectListenerManager::QueueWork(const nlohmann::json &event)
 {
-    // The event is copied and its task made before the queue lock, so that service threads queue behind one
+    // The event is packed and its task made before the queue lock, so that service threads queue behind one
     // another only for what must keep its order: the entry line and the post, which make the order of the lines
     // the order of delivery. Nothing of it is seen before the post.
-    // The task owns the one copy of the event through a shared pointer, so that the copies the platform makes of
-    // the task on its way to the main thread copy no event. It names the manager by its serial number, a weak
-    // reference: a manager replaced before its tasks run, destroyed or not yet, is never reached.
-    auto eventCopy = std::make_shared<const nlohmann::json>(event);
+    // A queued event waits as one compact byte string (its record in the binary form of the JSON library),
+    // unpacked into the same record when it is delivered: a flood may queue millions of events, and the record's
+    // tree of nodes cost some 400 bytes each where the packed form costs about 100. The task owns the packed event
+    // through a shared pointer, so that the copies the platform makes of the task on its way to the main thread
+    // copy no event. It names the manager by its serial number, a weak reference: a manager replaced before its
+    // tasks run, destroyed or not yet, is never reached.
+    auto packedEvent = std::make_shared<const std::vector<std::uint8_t>>(nlohmann::json::to_msgpack(event));
     uint64_t serial = serial_;
-    auto task = [serial, eventCopy]() { Deliver(serial, *eventCopy); };
+    auto task = [serial, packedEvent]() { Deliver(serial, *packedEvent); };
     auto innerEvent = AppExecFwk::InnerEvent::Get(std::move(task), "");
     std::lock_guard<std::mutex> lock(queueMutex_);
     LOGI("ConnectListenerManager QueueWork");
@@ -99,7 +103,7 @@ void ConnectListenerManager::QueueWork(const nlohmann::json &event)
     handler_->SendEvent(innerEvent, DELIVERY_DELAY_MS, DELIVERY_PRIORITY);
 }
 
-void ConnectListenerManager::Deliver(uint64_t serial, const nlohmann::json &event)
+void ConnectListenerManager::Deliver(uint64_t serial, const std::vector<std::uint8_t> &packedEvent)
 {
     ConnectListenerManager *manager = g_managersOfThread;
     while (manager != nullptr && manager->serial_ != serial) {
@@ -111,13 +115,27 @@ void ConnectListenerManager::Deliver(uint64_t serial, const nlohmann::json &even
     // A listener may replace the adapter object from inside its call; the manager being delivered then waits for
     // its environment's disposer instead of being destroyed under the running delivery.
     ++manager->runningDeliveries_;
-    manager->PublishEvent(event);
+    manager->PublishEvent(nlohmann::json::from_msgpack(packedEvent, true, false));
     --manager->runningDeliveries_;
 }
 
 bool ConnectListenerManager::IsDelivering() const
 {
     return runningDeliveries_ > 0;
+}
+
+// The argument values of one listener call die with the call's own handle scope, before the next session is
+// called: a big event delivered to many sessions then keeps one copy of its text alive, not one per session. The
+// scope logs nothing; a scope that cannot be opened leaves the call in the delivery's scope, as before.
+void ConnectListenerManager::NotifyInOwnScope(CarConnectListener &listener, napi_value thisVar,
+                                              const nlohmann::json &event)
+{
+    napi_handle_scope callScope = nullptr;
+    bool scoped = napi_open_handle_scope(env_, &callScope) == napi_ok;
+    listener.NotifyEvent(thisVar, event);
+    if (scoped) {
+        (void)napi_close_handle_scope(env_, callScope);
+    }
 }
 
 void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
@@ -141,7 +159,7 @@ void ConnectListenerManager::PublishEvent(const nlohmann::json &event)
     while (entry != listeners_.end()) {
         std::string sessionName = entry->first;
         std::shared_ptr<CarConnectListener> listener = entry->second;
-        listener->NotifyEvent(thisVar, event);
+        NotifyInOwnScope(*listener, thisVar, event);
         entry = listeners_.upper_bound(sessionName);
     }
     (void)napi_close_handle_scope(env_, scope);
