@@ -31,7 +31,8 @@
 declare namespace rovanta {
   /**
    * Creates an adapter object and makes it the module's current one: events of the car reach only the listeners
-   * registered through the adapter created last.
+   * registered through the adapter created last. The new adapter is made before the permission checks, so a call
+   * that throws 201 or 202 has already replaced the current adapter and dropped every registered listener.
    *
    * @permission ohos.permission.ALLOW_CONNECT_CAR
    * @returns { CarAdapterClient } A new adapter.
@@ -227,15 +228,17 @@ declare namespace rovanta {
    */
   class CarAdapterClient {
     /**
-     * Subscribes `listener` under `sessionName` (a name already subscribed keeps its first listener) and registers
-     * the module with the car service in the background. Unlike other methods, bad input is not thrown: the
-     * result is undefined and nothing is subscribed.
+     * Subscribes `listener` under `sessionName` and registers the module with the car service in the background.
+     * A name already subscribed keeps its first listener: the call still returns 0 and the new listener is ignored.
+     * Unlike other methods, bad input is not thrown: the result is undefined and nothing is subscribed, but the
+     * registration with the car service happens all the same.
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
-     * @param { string } sessionName - The session's name; texts beyond 4095 bytes are cut.
+     * @param { string } sessionName - The session's name; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @param { CarConnectListener } listener - The listener.
      * @returns { number | undefined } 0 once subscribed; undefined for a wrong argument count, a session name that
-     *     is not a string, or a listener without the three required functions.
+     *     is not a string, a listener without the three required functions, or an adapter made on another
+     *     script thread (a worker) than the one calling.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
      * @syscap SystemCapability.CarService.Rovanta
@@ -266,8 +269,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -282,8 +285,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -298,8 +301,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -313,8 +316,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -326,12 +329,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } dataType - The kind of data.
-     * @param { string } data - The data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -342,12 +345,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } dataType - The kind of data.
-     * @param { string } data - The data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -362,8 +365,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -377,8 +380,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -392,7 +395,7 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -419,8 +422,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -434,8 +437,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -449,7 +452,7 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -477,7 +480,7 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with 0.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -485,7 +488,8 @@ declare namespace rovanta {
     getDeviceInfo(type: number, callback: ResultCallback): void;
     /**
      * Reads a piece of the car's device information. A `type` that is not a number is taken as 0 without an
-     * error; the text arrives whatever code the service returns.
+     * error (a WARN line only), so `getDeviceInfo(callback)` is this form and never calls the function; the text
+     * arrives whatever code the service returns, ending at its first NUL character.
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } [type] - Which piece, as the car service defines it; 0 when left out.
@@ -503,12 +507,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } eventType - The kind of event, as the car service defines it.
-     * @param { string } data - The event's data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The event's data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -519,12 +523,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } eventType - The kind of event, as the car service defines it.
-     * @param { string } data - The event's data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The event's data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12

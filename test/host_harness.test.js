@@ -21,6 +21,7 @@ const path = require('path');
 const test = require('node:test');
 const assert = require('node:assert/strict');
 const { PRELUDE, runChild } = require('./support/child');
+const { spawnSync } = require('node:child_process');
 const { host, rovanta, CONNECT_PERMISSION, resetHost, validListener, recordingListener, register, until } = require('./support/rovanta');
 
 test.beforeEach(resetHost);
@@ -187,6 +188,54 @@ test.describe('a car that answers', () => {
     const playing = host.carService.play({ timeline: [{ atMs: 3600000, callback: 'OnDeviceChange', args: [1] }] });
     host.carService.reset();
     assert.deepEqual(await playing, { emitted: 0, skipped: 0, stopped: true });
+  });
+
+  test('a timeline set to start at registration waits for the first record, or for startTimelines, and reset ends it', async () => {
+    const timeline = [0, 50, 100].map((atMs) => ({ atMs, callback: 'OnDataReceive', args: [atMs, 'step'] }));
+    const played = host.carService.play({ timeline }, { start: 'registration' });
+    const { events } = await recordingSession();
+    assert.deepEqual(await played, { emitted: 3, skipped: 0, stopped: false });
+    await host.mainRunner.whenIdle();
+    assert.deepEqual(events(), timeline.map(({ atMs }) => ['onDataReceive', atMs, 'step']));
+
+    host.carService.reset();
+    const started = host.carService.play({ timeline: timeline.slice(0, 1) }, { start: 'registration' });
+    host.carService.startTimelines();
+    assert.deepEqual(await started, { emitted: 0, skipped: 1, stopped: false });
+    const waiting = host.carService.play({ timeline }, { start: 'registration' });
+    host.carService.reset();
+    assert.deepEqual(await waiting, { emitted: 0, skipped: 0, stopped: true });
+    assert.throws(() => host.carService.play({}, { start: 'later' }), /options\.start must be "now" or "registration"/);
+  });
+
+  test('an app run with ROVANTA_SCENARIO gets the 0 ms step; a skipped step is named on standard error', () => {
+    const folder = fs.mkdtempSync(path.join(require('os').tmpdir(), 'rovanta-scenario-'));
+    const scenario = path.join(folder, 'prompt.json');
+    fs.writeFileSync(scenario, JSON.stringify({
+      timeline: [0, 50, 100].map((atMs) => ({ atMs, callback: 'OnDeviceChange', args: [atMs] })),
+    }));
+    const app = path.join(folder, 'app.mjs');
+    fs.writeFileSync(app, `
+      import rovanta from '@ohos.carService.rovanta';
+      const states = [];
+      rovanta.getCarConnectAdapter().registerConnectListener('app', {
+        onBindResult() {}, onDataReceive() {}, onDeviceStateChange() {},
+        onDeviceChange(state) { states.push(state); if (states.length === 3) console.log(states.join(' ')); },
+      });
+      const timer = setTimeout(() => { console.log('only', states.join(' ')); clearInterval(poll); }, 5000);
+      const poll = setInterval(() => { if (states.length === 3) { clearTimeout(timer); clearInterval(poll); } }, 5);
+    `);
+    const register = path.join(__dirname, '..', 'host', 'register.mjs');
+    const run = (env) => spawnSync(process.execPath, ['--import', register, app], { encoding: 'utf8', timeout: 30000, env: { ...process.env, ...env } });
+    const prompt = run({ ROVANTA_SCENARIO: scenario });
+    assert.equal(prompt.status, 0, prompt.stderr);
+    assert.equal(prompt.stdout.trim(), '0 50 100');
+
+    const skipped = runChild(`${PRELUDE}
+      host.carService.play({ timeline: [{ atMs: 0, callback: 'OnDeviceChange', args: [1] }] });`);
+    assert.equal(skipped.status, 0, skipped.stderr);
+    assert.match(skipped.stderr, /^simulated car: timeline\[0\] \(OnDeviceChange\) skipped: no callback record is registered$/m);
+    fs.rmSync(folder, { recursive: true });
   });
 
   test('every shipped scenario passes the checks', async () => {
