@@ -407,8 +407,7 @@ void Service::EmitLoop()
         if (delivered) {
             binding.invoke(*listener, step.args);
         } else if (!step.what.empty()) {
-            std::fprintf(stderr, "simulated car: %s (%s) skipped: %s\n", step.what.c_str(),
-                         binding.slot.name.c_str(),
+            std::fprintf(stderr, "simulated car: %s (%s) skipped: %s\n", step.what.c_str(), binding.slot.name.c_str(),
                          listener ? "the registered callback record lacks it" : "no callback record is registered");
         }
         lock.lock();
