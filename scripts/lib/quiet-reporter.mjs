@@ -63,7 +63,8 @@ export default async function* quietReporter(source) {
   for (const [file, entry] of [...files].sort(([a], [b]) => a.localeCompare(b))) {
     failed += entry.failed;
     const verdict = entry.failed > 0 ? 'FAIL' : 'ok  ';
-    const counts = entry.failed > 0 ? `${entry.failed} of ${entry.tests} tests failed` : `${entry.tests} tests`;
+    const tests = `${entry.tests} test${entry.tests === 1 ? '' : 's'}`;
+    const counts = entry.failed > 0 ? `${entry.failed} of ${tests} failed` : tests;
     const skipped = entry.skipped > 0 ? `, ${entry.skipped} skipped` : '';
     yield `${verdict} ${file.padEnd(32)} ${counts}${skipped} (${(entry.ms / 1000).toFixed(1)} s)\n`;
   }

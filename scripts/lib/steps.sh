@@ -46,3 +46,12 @@ logged() {
         return 1
     fi
 }
+
+# takes_no_arguments "$@": for scripts that take none; refuses any with one
+# line that names it.
+takes_no_arguments() {
+    if [ "$#" -gt 0 ]; then
+        echo "$step_prefix: unknown option '$1' (it takes none)" >&2
+        exit 2
+    fi
+}
