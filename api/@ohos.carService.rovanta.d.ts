@@ -16,8 +16,9 @@
 /**
  * @file The script interface of the native module "carService.rovanta": a system application's access to the
  * car-connection service. Where the module departs from the habits of other system modules, the text says so:
- * its callbacks receive one number rather than an (error, data) pair, its errors carry their code as text, a wrong
- * argument count throws code "0", and listener registration reports bad input by returning undefined.
+ * its callbacks receive one number rather than an (error, data) pair, its errors carry their code as text, too many
+ * arguments or a non-function in the callback slot throw code "0" (too few throw "401"), and listener
+ * registration reports bad input by returning undefined.
  *
  * @kit CarServiceKit
  */
@@ -33,7 +34,8 @@
 declare namespace rovanta {
   /**
    * Creates an adapter object and makes it the module's current one: events of the car reach only the listeners
-   * registered through the adapter created last.
+   * registered through the adapter created last. The new adapter is made before the permission checks, so a call
+   * that throws 201 or 202 has already replaced the current adapter and dropped every registered listener.
    *
    * @permission ohos.permission.ALLOW_CONNECT_CAR
    * @returns { CarAdapterClient } A new adapter.
@@ -91,7 +93,8 @@ declare namespace rovanta {
 
   /**
    * The error the module throws. Unlike the platform's BusinessError, `code` holds the decimal text of the code:
-   * "201", "202", "401", or "0" for a wrong argument count or a non-function where the callback belongs.
+   * "201", "202", "401" (too few arguments among the parse faults), or "0" for too many arguments or a
+   * non-function where the callback belongs.
    *
    * @interface AdapterError
    * @syscap SystemCapability.CarService.Rovanta
@@ -229,15 +232,17 @@ declare namespace rovanta {
    */
   class CarAdapterClient {
     /**
-     * Subscribes `listener` under `sessionName` (a name already subscribed keeps its first listener) and registers
-     * the module with the car service in the background. Unlike other methods, bad input is not thrown: the
-     * result is undefined and nothing is subscribed.
+     * Subscribes `listener` under `sessionName` and registers the module with the car service in the background.
+     * A name already subscribed keeps its first listener: the call still returns 0 and the new listener is ignored.
+     * Unlike other methods, bad input is not thrown: the result is undefined and nothing is subscribed, but the
+     * registration with the car service happens all the same.
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
-     * @param { string } sessionName - The session's name; texts beyond 4095 bytes are cut.
+     * @param { string } sessionName - The session's name; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @param { CarConnectListener } listener - The listener.
      * @returns { number | undefined } 0 once subscribed; undefined for a wrong argument count, a session name that
-     *     is not a string, or a listener without the three required functions.
+     *     is not a string, a listener without the three required functions, or an adapter made on another
+     *     script thread (a worker) than the one calling.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
      * @syscap SystemCapability.CarService.Rovanta
@@ -268,8 +273,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -284,8 +289,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -300,8 +305,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -315,8 +320,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -328,12 +333,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } dataType - The kind of data.
-     * @param { string } data - The data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -344,12 +349,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } dataType - The kind of data.
-     * @param { string } data - The data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -364,8 +369,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -379,8 +384,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -394,7 +399,7 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -421,8 +426,8 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -436,8 +441,8 @@ declare namespace rovanta {
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -451,7 +456,7 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -479,7 +484,7 @@ declare namespace rovanta {
      * @param { ResultCallback } callback - Called with 0.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -487,7 +492,8 @@ declare namespace rovanta {
     getDeviceInfo(type: number, callback: ResultCallback): void;
     /**
      * Reads a piece of the car's device information. A `type` that is not a number is taken as 0 without an
-     * error; the text arrives whatever code the service returns.
+     * error (a WARN line only), so `getDeviceInfo(callback)` is this form and never calls the function; the text
+     * arrives whatever code the service returns, ending at its first NUL character.
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } [type] - Which piece, as the car service defines it; 0 when left out.
@@ -505,12 +511,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } eventType - The kind of event, as the car service defines it.
-     * @param { string } data - The event's data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The event's data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @param { ResultCallback } callback - Called with the service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12
@@ -521,12 +527,12 @@ declare namespace rovanta {
      *
      * @permission ohos.permission.ALLOW_CONNECT_CAR
      * @param { number } eventType - The kind of event, as the car service defines it.
-     * @param { string } data - The event's data; texts beyond 4095 bytes are cut.
+     * @param { string } data - The event's data; cut to 4095 UTF-8 bytes (4094 where a character would split).
      * @returns { Promise<number> } The service's return code.
      * @throws { AdapterError } 201 - Permission denied.
      * @throws { AdapterError } 202 - Permission denied, non-system app called system api.
-     * @throws { AdapterError } 401 - Invalid input parameter.
-     * @throws { AdapterError } 0 - Invalid input parameter. (a wrong argument count)
+     * @throws { AdapterError } 401 - Invalid input parameter. (an argument missing or of a wrong type)
+     * @throws { AdapterError } 0 - Invalid input parameter. (too many arguments, or no function in the callback slot)
      * @syscap SystemCapability.CarService.Rovanta
      * @systemapi
      * @since 12

@@ -27,6 +27,21 @@ const path = require('node:path');
 const v8 = require('node:v8');
 const vm = require('node:vm');
 const { spawnSync } = require('node:child_process');
+const { parseArgs } = require('node:util');
+
+// Options come first: a bad one ends the run with one line that names it, before anything is loaded.
+function options() {
+  try {
+    const { values } = parseArgs({ options: { rounds: { type: 'string', default: '9' }, instructions: { type: 'boolean' } } });
+    if (!/^[1-9]\d*$/.test(values.rounds)) throw new Error(`--rounds takes a whole number of 1 or more, not "${values.rounds}"`);
+    return { rounds: Number(values.rounds), instructions: values.instructions === true };
+  } catch (error) {
+    console.error(`bench/run.js: ${error.message} (options: --rounds N, --instructions)`);
+    return process.exit(2);
+  }
+}
+const OPTIONS = options();
+
 const host = require('../host');
 const { within, setUp, PATHS, isEventPath } = require('./workloads');
 const { summary } = require('./statistics');
@@ -45,11 +60,6 @@ const LOG_MODES = [
   { name: 'log kept', capacity: host.hilog.capacity() },
 ];
 const outputDir = path.join(__dirname, '..', 'build', 'bench');
-
-function option(name, fallback) {
-  const index = process.argv.indexOf(name);
-  return index < 0 ? fallback : Number(process.argv[index + 1]);
-}
 
 async function seconds(work) {
   const started = process.hrtime.bigint();
@@ -259,14 +269,14 @@ function table(result) {
 }
 
 async function main() {
-  const rounds = option('--rounds', 9);
+  const { rounds } = OPTIONS;
   const { targets, recordingOff } = await setUp();
   const result = { machine: machine(), date: new Date().toISOString(), rounds, recordingOff };
   result.timings = await timings(targets, rounds);
   result.memory = await memory(targets);
   result.flood = await floodTurns(targets);
   result.registrations = await parallelRegistrations();
-  if (process.argv.includes('--instructions')) result.instructions = instructions();
+  if (OPTIONS.instructions) result.instructions = instructions();
   fs.mkdirSync(outputDir, { recursive: true });
   fs.writeFileSync(path.join(outputDir, 'results.json'), `${JSON.stringify(result, null, 2)}\n`);
   console.log(table(result));

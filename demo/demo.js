@@ -123,12 +123,13 @@ async function main() {
   const adapter = rovanta.getCarConnectAdapter();
   say('app', 'getCarConnectAdapter() as a system app holding ohos.permission.ALLOW_CONNECT_CAR');
 
+  say('car', `plays ${path.relative(process.cwd(), SCENARIO)}: answers of its own, and a timeline (the car in ` +
+    'range at 0 ms, a dropped link later on) that starts when the module registers with the car');
+  const played = car.play(JSON.parse(fs.readFileSync(SCENARIO, 'utf8')), { start: 'registration' });
+
   say('app', `registerConnectListener("demo", listener) = ${adapter.registerConnectListener('demo', listener)}`);
   await stateOf(() => car.isRegistered(), "the car's record of the module's seven callbacks");
-  say('car', 'the module registered its seven callbacks from a background thread');
-
-  say('car', `plays ${path.relative(process.cwd(), SCENARIO)}: answers of its own, and a dropped link later on`);
-  const played = car.play(JSON.parse(fs.readFileSync(SCENARIO, 'utf8')));
+  say('car', 'the module registered its seven callbacks from a background thread: the timeline starts');
   await eventOf('onDeviceChange', 'the car coming into range', (state) => state === 1);
 
   const bindInfo = { NETWORK_ID: 'net-42', DEVICE_NAME: 'Family car', BIND_TYPE: 1, HAS_PIN: true };

@@ -31,7 +31,11 @@ const WAIT_POLL_MS = 5;
 // record.exports and then store the record as its own exports; the record's `exports` key is not the module's.
 function dlopen(file) {
   if (!fs.existsSync(file)) {
-    throw new Error(`${file} does not exist: run "npm run build" in ${path.resolve(__dirname, '..')} to build it`);
+    throw new Error(
+      process.env.OHOS_HOST_ROOT
+        ? `${file} does not exist: OHOS_HOST_ROOT=${process.env.OHOS_HOST_ROOT} names no built module root (unset it to use the build of "npm run build")`
+        : `${file} does not exist: run "npm run build" in ${path.resolve(__dirname, '..')} to build it`,
+    );
   }
   const record = { exports: {} };
   process.dlopen(record, file);
@@ -155,8 +159,14 @@ module.exports = {
     onCall: (member, reaction) => native.carOnCall(member, reaction),
     // { reactions: { member: reaction }, timeline: [{ atMs, callback, args }] }, checked whole before anything
     // runs. Resolves with { emitted, skipped, stopped } once every step has been emitted (skipped: no record was
-    // registered) or reset() stopped the timeline.
-    play: (scenario) => native.carPlay(scenario),
+    // registered) or reset() stopped the timeline. options.start: "now" (default), or "registration": the
+    // timeline starts when a callback record is registered (at once if one is registered now).
+    play: (scenario, options) => native.carPlay(scenario, options),
+    // Installs the reactions and a timeline that starts at the first registration, like play(scenario,
+    // { start: 'registration' }), but returns nothing and leaves no work pending: the platform import uses it.
+    load: (scenario) => native.carPlay(scenario, { start: 'registration' }, false),
+    // Starts every timeline still waiting for a registration now.
+    startTimelines: () => native.carStartTimelines(),
     // Whether calls are recorded (default true; reset() turns it back on).
     setRecording: (enabled) => native.carSetRecording(enabled),
     // [{ member, args }]

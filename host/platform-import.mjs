@@ -14,8 +14,8 @@
  */
 
 // What every engine's platform import shares: globalThis.requireNapi is host.requireNapi, and with
-// ROVANTA_SCENARIO=<file.json> the simulated car plays that scenario from the start. Its default export is the
-// module "carService.rovanta".
+// ROVANTA_SCENARIO=<file.json> the simulated car plays that scenario, its timeline starting when the app's first
+// listener registration reaches the car. Its default export is the module "carService.rovanta".
 import fs from 'node:fs';
 import { createRequire } from 'node:module';
 
@@ -36,7 +36,7 @@ globalThis.requireNapi = host.requireNapi;
 const scenarioFile = process.env.ROVANTA_SCENARIO;
 if (scenarioFile) {
   orExit(`ROVANTA_SCENARIO=${scenarioFile}: `, () =>
-    host.carService.play(JSON.parse(fs.readFileSync(scenarioFile, 'utf8'))));
+    host.carService.load(JSON.parse(fs.readFileSync(scenarioFile, 'utf8'))));
 }
 
 export default orExit('', () => host.requireNapi('carService.rovanta'));

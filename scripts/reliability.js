@@ -23,6 +23,10 @@ const path = require('node:path');
 const { spawnSync } = require('node:child_process');
 
 const repo = path.join(__dirname, '..');
+if (process.argv.length > 2) {
+  console.error(`scripts/reliability.js: unknown option '${process.argv[2]}' (it takes none)`);
+  process.exit(2);
+}
 const FINDING = /ERROR: AddressSanitizer|ERROR: LeakSanitizer|WARNING: ThreadSanitizer|runtime error:/g;
 
 function run(label, command, args, env = {}) {

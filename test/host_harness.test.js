@@ -189,6 +189,43 @@ test.describe('a car that answers', () => {
     assert.deepEqual(await playing, { emitted: 0, skipped: 0, stopped: true });
   });
 
+  test('a timeline set to start at registration waits for the first record, or for startTimelines, and reset ends it', async () => {
+    const timeline = [0, 50, 100].map((atMs) => ({ atMs, callback: 'OnDataReceive', args: [atMs, 'step'] }));
+    const played = host.carService.play({ timeline }, { start: 'registration' });
+    const { events } = await recordingSession();
+    assert.deepEqual(await host.within(played, 'the timeline'), { emitted: 3, skipped: 0, stopped: false });
+    await host.mainRunner.whenIdle();
+    assert.deepEqual(events(), timeline.map(({ atMs }) => ['onDataReceive', atMs, 'step']));
+
+    host.carService.reset();
+    const started = host.carService.play({ timeline: timeline.slice(0, 1) }, { start: 'registration' });
+    host.carService.startTimelines();
+    assert.deepEqual(await host.within(started, 'the started timeline'), { emitted: 0, skipped: 1, stopped: false });
+    const waiting = host.carService.play({ timeline }, { start: 'registration' });
+    host.carService.reset();
+    assert.deepEqual(await host.within(waiting, 'the stopped timeline'), { emitted: 0, skipped: 0, stopped: true });
+    assert.throws(() => host.carService.play({}, { start: 'later' }), /options\.start must be "now" or "registration"/);
+  });
+
+  // What the platform import does with ROVANTA_SCENARIO, in a child of whichever engine runs the suite (CI runs the
+  // platform import itself on Node.js, Bun and Deno through the README's commands).
+  test('a loaded scenario gives an app that registers at once its 0 ms step; a skipped step is named on stderr', () => {
+    const timeline = [0, 50, 100].map((atMs) => ({ atMs, callback: 'OnDeviceChange', args: [atMs] }));
+    const prompt = runChild(`${PRELUDE}
+      host.carService.load(${JSON.stringify({ timeline })});
+      const states = [];
+      rovanta.getCarConnectAdapter().registerConnectListener('app', listener({ onDeviceChange(state) { states.push(state); } }));
+      host.waitUntil(() => states.length === 3, 'three steps', 5000)
+        .then(() => console.log(states.join(' ')), (error) => console.log(error.message, states.join(' ')));`);
+    assert.equal(prompt.status, 0, prompt.stderr);
+    assert.equal(prompt.stdout.trim(), '0 50 100');
+
+    const skipped = runChild(`${PRELUDE}
+      host.carService.play({ timeline: [{ atMs: 0, callback: 'OnDeviceChange', args: [1] }] });`);
+    assert.equal(skipped.status, 0, skipped.stderr);
+    assert.match(skipped.stderr, /^simulated car: timeline\[0\] \(OnDeviceChange\) skipped: no callback record is registered$/m);
+  });
+
   test('every shipped scenario passes the checks', async () => {
     const folder = path.join(__dirname, '..', 'scenarios');
     const files = fs.readdirSync(folder).filter((name) => name.endsWith('.json'));

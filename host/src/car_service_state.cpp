@@ -18,7 +18,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "ohos_host/car_service_sim.h"
 
@@ -105,10 +107,12 @@ std::string Signature(const CallbackSlot &slot)
 
 class Service::Playback {
 public:
-    explicit Playback(size_t steps) : remaining(steps) {}
+    explicit Playback(std::vector<TimedEmit> timeline) : remaining(timeline.size()), steps(std::move(timeline)) {}
 
     size_t remaining;
     PlaybackOutcome outcome;
+    // Until the timeline starts.
+    std::vector<TimedEmit> steps;
 };
 
 const std::vector<CallbackSlot> &CallbackSlots()
@@ -156,7 +160,7 @@ int Service::Serve(size_t row, RecordedArgs args, Settle settle)
         Clock::time_point due = Clock::now();
         for (const TimedEmit &step : reaction->emit) {
             due += step.delay;
-            ScheduleLocked(due, step.slot, step.args, nullptr);
+            ScheduleLocked(due, step, nullptr);
         }
         if (reaction->times && --*reaction->times == 0) {
             reaction.reset();
@@ -263,15 +267,33 @@ std::optional<EventListener> Service::Listener()
     return listener_;
 }
 
-std::shared_ptr<Service::Playback> Service::Play(std::vector<TimedEmit> steps)
+std::shared_ptr<Service::Playback> Service::Play(std::vector<TimedEmit> steps, TimelineStart start)
 {
-    auto playback = std::make_shared<Playback>(steps.size());
+    auto playback = std::make_shared<Playback>(std::move(steps));
     std::lock_guard<std::mutex> lock(mutex_);
-    Clock::time_point start = Clock::now();
-    for (TimedEmit &step : steps) {
-        ScheduleLocked(start + step.delay, step.slot, std::move(step.args), playback);
+    if (start == TimelineStart::NOW || listener_) {
+        StartLocked(playback);
+    } else {
+        waitingTimelines_.push_back(playback);
     }
     return playback;
+}
+
+void Service::StartWaitingTimelines()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (const std::shared_ptr<Playback> &playback : std::exchange(waitingTimelines_, {})) {
+        StartLocked(playback);
+    }
+}
+
+void Service::StartLocked(const std::shared_ptr<Playback> &playback)
+{
+    Clock::time_point start = Clock::now();
+    for (TimedEmit &step : std::exchange(playback->steps, {})) {
+        Clock::time_point due = start + step.delay;
+        ScheduleLocked(due, std::move(step), playback);
+    }
 }
 
 PlaybackOutcome Service::Await(const std::shared_ptr<Playback> &playback)
@@ -284,6 +306,9 @@ PlaybackOutcome Service::Await(const std::shared_ptr<Playback> &playback)
 void Service::RegisterLocked(const EventListener &listener)
 {
     listener_ = listener;
+    for (const std::shared_ptr<Playback> &playback : std::exchange(waitingTimelines_, {})) {
+        StartLocked(playback);
+    }
     // A callback record comes from a library whose static objects exist by now: stopping the emitter from here on
     // exit happens before they are destroyed, even when the emitter started before that library was loaded.
     if (!stopsAfterListenerLibrary_) {
@@ -311,8 +336,7 @@ const std::string &Service::DeviceInfoLocked() const
     return deviceInfo_;
 }
 
-void Service::ScheduleLocked(Clock::time_point due, size_t slot, std::vector<EmitArg> args,
-                             const std::shared_ptr<Playback> &playback)
+void Service::ScheduleLocked(Clock::time_point due, TimedEmit step, const std::shared_ptr<Playback> &playback)
 {
     if (exiting_) {
         return;
@@ -321,13 +345,17 @@ void Service::ScheduleLocked(Clock::time_point due, size_t slot, std::vector<Emi
         emitter_ = std::thread(&Service::EmitLoop, this);
         std::atexit(StopEmittingAtExit);
     }
-    schedule_.emplace(due, Scheduled{slot, std::move(args), playback});
+    schedule_.emplace(due, Scheduled{step.slot, std::move(step.args), playback, std::move(step.what)});
     scheduleChanged_.notify_one();
 }
 
-// Ends every timeline still scheduled as stopped; a step being emitted finishes on its own.
+// Ends every timeline still scheduled or waiting to start as stopped; a step being emitted finishes on its own.
 void Service::StopPlaybacksLocked()
 {
+    for (const std::shared_ptr<Playback> &playback : std::exchange(waitingTimelines_, {})) {
+        playback->outcome.stopped = true;
+        playback->remaining = 0;
+    }
     for (auto &entry : schedule_) {
         if (const std::shared_ptr<Playback> &playback = entry.second.playback) {
             playback->outcome.stopped = true;
@@ -378,6 +406,9 @@ void Service::EmitLoop()
         lock.unlock();
         if (delivered) {
             binding.invoke(*listener, step.args);
+        } else if (!step.what.empty()) {
+            std::fprintf(stderr, "simulated car: %s (%s) skipped: %s\n", step.what.c_str(), binding.slot.name.c_str(),
+                         listener ? "the registered callback record lacks it" : "no callback record is registered");
         }
         lock.lock();
         emitting_ = false;

@@ -21,3 +21,37 @@ step_started_at="$(date +%s)"
 step() {
     printf '[%4ss] %s: %s\n' "$(($(date +%s) - step_started_at))" "$step_prefix" "$1" >&2
 }
+
+# suites TAP_FILE FILE...: runs node:test suite files with one line per file and
+# every failure in full on standard output; the complete TAP goes to TAP_FILE.
+suites() {
+    local tap_file="$1"
+    shift
+    mkdir -p "$(dirname "$tap_file")"
+    step "$# suite files (complete TAP in ${tap_file#"$PWD/"})"
+    node --test --test-reporter="$(dirname "${BASH_SOURCE[0]}")/quiet-reporter.mjs" --test-reporter-destination=stdout \
+        --test-reporter=tap --test-reporter-destination="$tap_file" "$@"
+}
+
+# logged LOG_FILE DESCRIPTION COMMAND...: runs COMMAND with its output in
+# LOG_FILE; prints one line, and the whole log when it fails.
+logged() {
+    local log_file="$1" description="$2"
+    shift 2
+    mkdir -p "$(dirname "$log_file")"
+    step "$description (output in ${log_file#"$PWD/"})"
+    if ! "$@" >"$log_file" 2>&1; then
+        cat "$log_file" >&2
+        step "$description failed"
+        return 1
+    fi
+}
+
+# takes_no_arguments "$@": for scripts that take none; refuses any with one
+# line that names it.
+takes_no_arguments() {
+    if [ "$#" -gt 0 ]; then
+        echo "$step_prefix: unknown option '$1' (it takes none)" >&2
+        exit 2
+    fi
+}

@@ -124,7 +124,12 @@ struct TimedEmit {
     size_t slot;
     std::vector<EmitArg> args;
     std::chrono::milliseconds delay;
+    // Where the step was given, such as "timeline[3]": named on standard error when the step is skipped.
+    std::string what;
 };
+
+// When a timeline starts: at once, or when a callback record is registered (at once if one is registered now).
+enum class TimelineStart { NOW, AT_REGISTRATION };
 
 // How the car answers the calls of one member: the result it returns instead of the configured one, the
 // callbacks it then emits, and how many calls it answers before it is removed (all when empty).
@@ -180,9 +185,11 @@ public:
     std::optional<size_t> CountCalls(std::string_view member);
     std::optional<TravelService::EventListener> Listener();
 
-    // Emits each step at its delay from now, from the car's own thread; Await tells how it ended.
+    // Emits each step at its delay from the start, from the car's own thread; Await tells how it ended.
     class Playback;
-    std::shared_ptr<Playback> Play(std::vector<TimedEmit> steps);
+    std::shared_ptr<Playback> Play(std::vector<TimedEmit> steps, TimelineStart start);
+    // Starts every timeline still waiting for a registration now.
+    void StartWaitingTimelines();
     // Blocks until every step of `playback` has been emitted or skipped, or a reset or exit stopped it.
     PlaybackOutcome Await(const std::shared_ptr<Playback> &playback);
 
@@ -198,12 +205,13 @@ private:
         size_t slot;
         std::vector<EmitArg> args;
         std::shared_ptr<Playback> playback;
+        std::string what;
     };
 
     Service() = default;
     static void StopEmittingAtExit();
-    void ScheduleLocked(Clock::time_point due, size_t slot, std::vector<EmitArg> args,
-                        const std::shared_ptr<Playback> &playback);
+    void ScheduleLocked(Clock::time_point due, TimedEmit step, const std::shared_ptr<Playback> &playback);
+    void StartLocked(const std::shared_ptr<Playback> &playback);
     void StopPlaybacksLocked();
     void EmitLoop();
 
@@ -230,6 +238,8 @@ private:
     uint32_t registrationFailures_ = 0;
     std::string deviceInfo_;
     std::optional<TravelService::EventListener> listener_;
+    // Timelines that start at the next registration of a callback record.
+    std::vector<std::shared_ptr<Playback>> waitingTimelines_;
 
     // The car's emitter: one thread, started at the first scheduled emission, stopped at exit.
     std::multimap<Clock::time_point, Scheduled> schedule_;

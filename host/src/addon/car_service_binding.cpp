@@ -155,7 +155,7 @@ Car::TimedEmit ToCallbackArgs(napi_env env, napi_value callback, napi_value args
             args.emplace_back(ToStdString(env, items[index], Item(argsField, index)));
         }
     }
-    return {slot, std::move(args), std::chrono::milliseconds(0)};
+    return {slot, std::move(args), std::chrono::milliseconds(0), std::string()};
 }
 
 Car::Emission ToEmission(napi_env env, napi_value callback, napi_value argsArray)
@@ -181,6 +181,7 @@ Car::TimedEmit ToTimedEmit(napi_env env, napi_value step, const std::string &wha
     if (napi_value delay = OptionalProperty(env, step, delayKey)) {
         timed.delay = std::chrono::milliseconds(ToInteger(env, delay, Field(what, delayKey), 0, MAX_DELAY_MS));
     }
+    timed.what = what;
     return timed;
 }
 
@@ -362,6 +363,22 @@ private:
     Car::PlaybackOutcome outcome_;
 };
 
+// play's options: { start: "now" (the default) or "registration" }.
+Car::TimelineStart ToTimelineStart(napi_env env, napi_value options)
+{
+    if (TypeOf(env, options) == napi_undefined) {
+        return Car::TimelineStart::NOW;
+    }
+    ExpectObject(env, options, "options");
+    RejectUnknownKeys(env, options, "options", {"start"});
+    napi_value start = OptionalProperty(env, options, "start");
+    std::string when = start != nullptr ? ToStdString(env, start, "options.start") : "now";
+    if (when != "now" && when != "registration") {
+        throw JsError("options.start must be \"now\" or \"registration\", not \"" + when + "\"");
+    }
+    return when == "now" ? Car::TimelineStart::NOW : Car::TimelineStart::AT_REGISTRATION;
+}
+
 // Checks the whole scenario before it installs a reaction or schedules a step.
 napi_value Play(const CallArgs &args)
 {
@@ -386,16 +403,30 @@ napi_value Play(const CallArgs &args)
             steps.push_back(ToTimedEmit(env, items[index], Item("timeline", index), "atMs"));
         }
     }
+    Car::TimelineStart start = ToTimelineStart(env, args.At(1));
     for (auto &reaction : reactions) {
         Service().SetReaction(reaction.first, std::move(reaction.second));
     }
-    return QueuePromisedWork(env, "play", std::make_unique<PlayJob>(Service().Play(std::move(steps))));
+    std::shared_ptr<Car::Service::Playback> playback = Service().Play(std::move(steps), start);
+    // Without a promise no work waits for the timeline: an engine that waits for a preloaded module's pending work
+    // before it runs the app would otherwise wait for a registration that only the app can make.
+    if (TypeOf(env, args.At(2)) == napi_boolean && !ToBool(env, args.At(2), "wait")) {
+        return Undefined(env);
+    }
+    return QueuePromisedWork(env, "play", std::make_unique<PlayJob>(std::move(playback)));
+}
+
+napi_value StartTimelines(const CallArgs &args)
+{
+    Service().StartWaitingTimelines();
+    return Undefined(args.Env());
 }
 } // namespace
 
 void DefineCarServiceFunctions(napi_env env, napi_value exports)
 {
     DefineFunction(env, exports, "carReset", Export<Reset>);
+    DefineFunction(env, exports, "carStartTimelines", Export<StartTimelines>);
     DefineFunction(env, exports, "carSetResult", Export<SetResult>);
     DefineFunction(env, exports, "carSetDelay", Export<SetDelay>);
     DefineFunction(env, exports, "carOnCall", Export<OnCall>);
