@@ -26,6 +26,7 @@
 // Prints one line per case and the summary; exits 1 unless every case passed,
 // and also when the package registers no suite or a suite registers no case:
 // on a device such a suite passes without checking anything.
+import { existsSync } from 'node:fs';
 import { register } from 'node:module';
 import path from 'node:path';
 import { fileURLToPath, pathToFileURL } from 'node:url';
@@ -33,6 +34,14 @@ import { fileURLToPath, pathToFileURL } from 'node:url';
 const repoRoot = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '..');
 const defaultList = 'test/unittest/js/entry/src/main/ets/test/List.test.ets';
 const listFile = path.resolve(process.argv[2] ?? path.join(repoRoot, defaultList));
+
+// Before the first build the framework and the compiler are not installed yet: say what fixes it.
+for (const dependency of ['@ohos/hypium', 'ohos-typescript']) {
+  if (!existsSync(path.join(repoRoot, 'node_modules', dependency))) {
+    console.error(`host/hypium-runner.mjs: ${dependency} is not installed: run npm run build first`);
+    process.exit(1);
+  }
+}
 
 register('./hypium-hooks.mjs', import.meta.url);
 const { Core, Hypium } = await import('@ohos/hypium');
