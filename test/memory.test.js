@@ -26,7 +26,10 @@ const { PRELUDE, runChild, assertCleanExit } = require('./support/child');
 
 const underSanitizer = /lib(a|t)san/.test(process.env.LD_PRELOAD || '');
 
-test('one big event to many sessions keeps a few copies of its text alive, not one per session', () => {
+// Deno keeps the values made in a closed handle scope until the native call returns (README, Engines).
+const onDeno = typeof globalThis.Deno !== 'undefined';
+
+test('one big event to many sessions keeps a few copies of its text alive, not one per session', { skip: onDeno && 'Deno frees no handle scope before the call returns' }, () => {
   // 48 sessions x 4 MB is 192 MB of argument strings against a 64 MB heap: it fits only when each call's
   // arguments can go before the next session is called.
   const SESSIONS = 48;
