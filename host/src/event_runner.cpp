@@ -34,16 +34,36 @@ namespace Host {
 namespace {
 // Most tasks one RunDue runs, so that the driver's thread gets on with its other work between batches.
 constexpr size_t MAX_TASKS_PER_RUN = 128;
-// A backlog at least this long gives its memory back to the system once it has drained (below).
+// A backlog at least this long is freed chunk by chunk and gives its memory back to the system once it has
+// drained (below).
 constexpr size_t TRIMMED_BACKLOG = 65536;
 
-// The allocator keeps what a drained backlog freed, spread over the arenas of the threads that sent it, for
-// reuse: a flood of millions of events would hold its peak for the rest of the process. Handing the free pages
-// back costs a walk of the heap, so it is done only when a long backlog has just emptied.
+#ifdef __GLIBC__
+// glibc's largest fast-bin chunk request by default (M_MXFAST).
+constexpr int DEFAULT_FAST_BIN_LIMIT = 64 * static_cast<int>(sizeof(size_t)) / 4;
+#endif
+
+// glibc's malloc_trim gives back the free chunks of every arena but shrinks the top of the main arena only. A
+// backlog lives in the arenas of the threads that sent it, and chunks of fast-bin size freed on the main thread
+// sit between its freed events uncoalesced until the trim merges them all into those arenas' tops: tens of MB
+// per sender would stay. While a long backlog drains, the fast bins are off, so that each free coalesces at once
+// and free itself shrinks the arena's top. They are on otherwise: a free into a fast bin takes no arena lock,
+// and without them the main thread waits for the sender's lock on every event.
+void FreeChunksAtOnce()
+{
+#ifdef __GLIBC__
+    (void)mallopt(M_MXFAST, 0);
+#endif
+}
+
+// The allocator keeps the free pages of a drained backlog for reuse: a flood of millions of events would hold
+// its peak for the rest of the process. Handing them back costs a walk of the heap, so it is done only when a
+// long backlog has just emptied; the fast bins come back after it.
 void GiveBackFreedMemory()
 {
 #ifdef __GLIBC__
     (void)malloc_trim(0);
+    (void)mallopt(M_MXFAST, DEFAULT_FAST_BIN_LIMIT);
 #endif
 }
 
@@ -71,6 +91,9 @@ public:
         queue_.Push(std::move(event), priority, now);
         if (recordingPosts_) {
             posts_.push_back({static_cast<uint32_t>(priority), CallingThreadId()});
+        }
+        if (queue_.Size() == TRIMMED_BACKLOG && backlogPeak_ < TRIMMED_BACKLOG) {
+            FreeChunksAtOnce();
         }
         backlogPeak_ = std::max(backlogPeak_, queue_.Size());
         if (state_ != State::ATTACHED) {
