@@ -13,7 +13,9 @@
  * limitations under the License.
  */
 // A node:test reporter for people: each failure in full as it happens, then one line per suite file (its tests,
-// failures and time). The complete TAP goes to a file through a second reporter (scripts/lib/steps.sh).
+// failures and time). A suite file whose process fails after its tests (a sanitizer's report at exit, a crash)
+// shows what that process wrote to stderr. The complete TAP goes to a file through a second reporter
+// (scripts/lib/steps.sh).
 import path from 'node:path';
 import { inspect } from 'node:util';
 
@@ -21,20 +23,42 @@ function fileOf(data) {
   return data.file ? path.relative(process.cwd(), data.file) : '(no file)';
 }
 
-function failure(data, names) {
+// The most of a failed suite file's stderr shown; the TAP file keeps all of it.
+const STDERR_LINES_SHOWN = 400;
+
+function indent(text) {
+  return text.replace(/^/gm, '  ');
+}
+
+function processEnd(error, stderr) {
+  const how = error.signal ? `was killed by ${error.signal}` : `exited with code ${error.exitCode}`;
+  const lines = stderr.join('').trimEnd().split('\n');
+  const shown = lines.slice(-STDERR_LINES_SHOWN).join('\n');
+  const cut = lines.length > STDERR_LINES_SHOWN ? ` (its last ${STDERR_LINES_SHOWN} lines)` : '';
+  return `  the suite file's process ${how}; its stderr${cut}:\n${indent(shown || '(nothing)')}\n`;
+}
+
+function failure(data, names, stderr) {
   const error = data.details.error;
   const shown = error && error.failureType === 'testCodeFailure' && error.cause ? error.cause : error;
   const where = [...names.slice(0, data.nesting), data.name].join(' > ');
-  return `\nFAIL ${fileOf(data)}: ${where}\n${inspect(shown, { depth: 4 }).replace(/^/gm, '  ')}\n\n`;
+  const ended = error && (error.exitCode !== undefined || error.signal) ? processEnd(error, stderr) : '';
+  return `\nFAIL ${fileOf(data)}: ${where}\n${indent(inspect(shown, { depth: 4 }))}\n${ended}\n`;
 }
 
 export default async function* quietReporter(source) {
   const files = new Map();
   // The names of the groups a test is nested in, per file, as the runner announces them.
   const opened = new Map();
+  // What each suite file's process wrote to stderr, shown if that process fails.
+  const stderrOf = new Map();
   let otherFailures = 0;
   for await (const { type, data } of source) {
-    if (type === 'test:start') {
+    if (type === 'test:stderr') {
+      const chunks = stderrOf.get(data.file) || [];
+      chunks.push(data.message);
+      stderrOf.set(data.file, chunks);
+    } else if (type === 'test:start') {
       const names = opened.get(data.file) || [];
       names.length = data.nesting;
       names.push(data.name);
@@ -50,7 +74,7 @@ export default async function* quietReporter(source) {
         if (!subtestsFailed) {
           if (!isSuite) entry.failed += 1;
           else otherFailures += 1;
-          yield failure(data, opened.get(data.file) || []);
+          yield failure(data, opened.get(data.file) || [], stderrOf.get(data.file) || []);
         }
       }
       if (!isSuite) {
