@@ -34,11 +34,15 @@ function report(source) {
     fs.writeFileSync(path.join(dir, 'fixture.test.js'), source);
     const env = { ...process.env };
     delete env.NODE_TEST_CONTEXT;
+    // Under the sanitizer runs the node on PATH is a wrapper script that preloads the runtime for node itself;
+    // its shell crashes if it inherits the thread runtime's preload.
+    delete env.LD_PRELOAD;
     const result = spawnSync(NODE, ['--test', `--test-reporter=${REPORTER}`, 'fixture.test.js'], {
       cwd: dir,
       env,
       encoding: 'utf8',
     });
+    assert.equal(result.signal, null, `the run was killed by ${result.signal}: ${result.stderr}`);
     return { status: result.status, output: result.stdout };
   } finally {
     fs.rmSync(dir, { recursive: true, force: true });
